@@ -1,0 +1,2 @@
+#include "nimbet_db.h"
+int main(void) { return 0; }
