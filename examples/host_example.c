@@ -1,7 +1,9 @@
 /*
- * A host of libnimbet_db on this repository's embedded database: it installs
- * its logging callbacks, stores the IPv4 addresses of a few interfaces, reads
- * them back, removes one, and prints what happened and the error matrix.
+ * A host of libnimbet_db on this repository's embedded database, along the
+ * road a routing process takes: it installs its logging callbacks, stores
+ * the IPv4 and IPv6 addresses of a few interfaces, reads and walks them,
+ * sets IP options, registers socket sessions of every kind, reads one back,
+ * walks the IPv4 sessions and deletes one, then prints the error matrix.
  */
 #include <stdarg.h>
 #include <stdio.h>
@@ -49,6 +51,110 @@ static void print_error_matrix(void) {
 }
 
 static NIMBET_DB_IPV4_ADDR_ENTRY interfaces[3];
+static NIMBET_DB_IPV6_ADDR_ENTRY ipv6_row;
+
+static void ipv6_and_walks(void) {
+    memset(&ipv6_row, 0, sizeof ipv6_row);
+    ipv6_row.ifIndex = 100;
+    ipv6_row.addressCount = 2;
+    const uint8_t global[16] = {0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x01};
+    const uint8_t link[16] = {0xfe, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x01};
+    memcpy(ipv6_row.addresses[0].address, global, 16);
+    ipv6_row.addresses[0].prefixlen = 64;
+    memcpy(ipv6_row.addresses[1].address, link, 16);
+    ipv6_row.addresses[1].prefixlen = 10;
+    printf("write IPv6 addresses of ifIndex 100: result %u\n", NIMBET_DB_WriteIpv6Entry(&ipv6_row));
+    uint32_t n = 0;
+    NIMBET_DB_GetIFIpv6AddrCount(100, &n);
+    uint32_t rows = 0;
+    NIMBET_DB_GetIpV6IfCount(&rows);
+    printf("ifIndex 100 has %u IPv6 address(es); %u interface(s) have IPv6 rows\n", n, rows);
+
+    printf("walk of the IPv4 address table:\n");
+    NIMBET_DB_ITER_INFO *it = NIMBET_DB_CreateIpv4AddrIterator();
+    static NIMBET_DB_IPV4_ADDR_ENTRY e;
+    while (it != NULL && NIMBET_DB_GetNextIpv4Addr(it, &e) == NIMBET_DB_OK) print_ipv4(&e);
+    NIMBET_DB_ReleaseIpv4AddrIterator(it);
+}
+
+static void ip_options(void) {
+    const NIMBET_DB_IF_IPOPTION_ENTRY ifOpt = {1, 100, 7, 1, 0, 0, 0};
+    const NIMBET_DB_GLOBAL_IPOPTION_ENTRY globalOpt = {1, 7, 0, 0, 0, 0};
+    const uint32_t w1 = NIMBET_DB_OptWriteIfEntry(&ifOpt);
+    const uint32_t w2 = NIMBET_DB_OptWriteGlobalEntry(&globalOpt);
+    printf("IP options: interface write %u, global write %u\n", w1, w2);
+    NIMBET_DB_IF_IPOPTION_ENTRY got = {1, 100, 7, 0, 0, 0, 0};
+    const uint32_t r = NIMBET_DB_OptReadIfEntry(&got);
+    printf("  read back: result %u, value1 %u\n", r, got.value1);
+    NIMBET_DB_ITER_INFO *it = NIMBET_DB_CreateOptIfIterator();
+    uint32_t rows = 0;
+    while (it != NULL && NIMBET_DB_OptGetNextIf(it, &got) == NIMBET_DB_OK) ++rows;
+    NIMBET_DB_ReleaseOptIfIterator(it);
+    printf("  walk: %u interface option row(s); iterators created %u, released %u\n", rows,
+           g_nimbetIpOptionCnt[IP_OPTION_CNT_ITER_CREATE], g_nimbetIpOptionCnt[IP_OPTION_CNT_ITER_RELEASE]);
+}
+
+static void sessions(void) {
+    NIMBET_DB_INET_SESS_ENTRY bgp = {10, 4242, 0, 0, 0x0A000001u, 0x0A000002u, 50000, 179, 6, 1, 0, 0, 0};
+    NIMBET_DB_INET_SESS_ENTRY bgp2 = {11, 4242, 0, 0, 0x0A000001u, 0x0A000003u, 50001, 179, 6, 1, 0, 0, 0};
+    NIMBET_DB_INET6_SESS_ENTRY bgp6;
+    NIMBET_DB_PING_SESS_ENTRY ping;
+    NIMBET_DB_GROUP_SESS_ENTRY rip;
+    NIMBET_DB_GROUP6_SESS_ENTRY ripng;
+    NIMBET_DB_ISIS_SESS_ENTRY isis;
+    memset(&bgp6, 0, sizeof bgp6);
+    memset(&ping, 0, sizeof ping);
+    memset(&rip, 0, sizeof rip);
+    memset(&ripng, 0, sizeof ripng);
+    memset(&isis, 0, sizeof isis);
+    bgp6.sockId = 12;
+    bgp6.hPid = 4243;
+    bgp6.srcIp[15] = 1;
+    bgp6.dstIp[15] = 2;
+    bgp6.dstPort = 179;
+    bgp6.protocol = 6;
+    ping.sockId = 13;
+    ping.testId = 1;
+    rip.sockId = 14;
+    rip.protocol = 17;
+    rip.srcPort = 520;
+    rip.ifIndex = 100;
+    ripng.sockId = 15;
+    ripng.protocol = 17;
+    ripng.srcPort = 521;
+    ripng.ifIndex = 100;
+    isis.sockId = 16;
+    isis.ifIndex = 100;
+    isis.macAddr[0] = 0x01;
+    isis.macAddr[1] = 0x80;
+    isis.macAddr[2] = 0xc2;
+    isis.macAddr[5] = 0x14;
+    printf("register sessions:\n");
+    printf("  inet %u: result %u\n", bgp.sockId, NIMBET_DB_WriteEntryInet(&bgp));
+    printf("  inet %u: result %u\n", bgp2.sockId, NIMBET_DB_WriteEntryInet(&bgp2));
+    printf("  inet6 %u: result %u\n", bgp6.sockId, NIMBET_DB_WriteEntryInet6(&bgp6));
+    printf("  ping %u: result %u\n", ping.sockId, NIMBET_DB_WriteEntryPing(&ping));
+    printf("  group %u: result %u\n", rip.sockId, NIMBET_DB_WriteEntryGroup(&rip));
+    printf("  group6 %u: result %u\n", ripng.sockId, NIMBET_DB_WriteEntryGroup6(&ripng));
+    printf("  isis %u: result %u\n", isis.sockId, NIMBET_DB_WriteEntryIsis(&isis));
+
+    NIMBET_DB_INET_SESS_ENTRY got;
+    memset(&got, 0, sizeof got);
+    NIMBET_DB_SetEntryKeyInet(&got, &bgp);
+    const uint32_t r = NIMBET_DB_ReadEntryInet(&got);
+    printf("read inet session %u back: result %u, attr1 %u\n", bgp.sockId, r, got.attr1);
+
+    printf("walk of the inet session table:\n");
+    NIMBET_DB_ITER_INFO *it = NIMBET_DB_CreatInetSessIterator();
+    while (it != NULL && NIMBET_DB_GetNextInetSess(it, &got) == NIMBET_DB_OK)
+        printf("  sockId %u hPid %u %u -> %u protocol %u\n", got.sockId, got.hPid, got.srcPort, got.dstPort, got.protocol);
+    NIMBET_DB_ReleaseInetSessIterator(it);
+
+    printf("delete inet session %u: result %u\n", bgp2.sockId, NIMBET_DB_DeleteEntryInet(&bgp2));
+    printf("session counters: reads %u/%u, writes %u/%u, deletes %u/%u, inet walks %u/%u\n", g_nimbetSessionCnt[0],
+           g_nimbetSessionCnt[1], g_nimbetSessionCnt[2], g_nimbetSessionCnt[3], g_nimbetSessionCnt[4],
+           g_nimbetSessionCnt[5], g_nimbetSessionCnt[12], g_nimbetSessionCnt[13]);
+}
 
 int main(void) {
     const NIMBET_DB_CONTEXT ctx = {info_log, err_log};
@@ -87,6 +193,10 @@ int main(void) {
     /* The database tolerates removing a missing row; the library counts it. */
     printf("remove ifIndex %u again: result %u\n", interfaces[1].ifIndex,
            NIMBET_DB_RemoveIpv4Entry(&interfaces[1].ifIndex));
+    ipv6_and_walks();
+    ip_options();
+    sessions();
+
     /* An out-of-range statistic is refused and reported through the error log. */
     NIMBET_DB_RecordErrStat(20, 0);
 

@@ -228,6 +228,8 @@ struct PathCase {
     bool rowAfter;  // the table holds the row of ifIndex 2 afterwards
 };
 
+void PrintTo(const PathCase &c, std::ostream *os) { *os << c.name; }
+
 class AddrPath : public Ipv4Addr, public ::testing::WithParamInterface<PathCase> {};
 
 TEST_P(AddrPath, ResultMessagesAndStatistics) {

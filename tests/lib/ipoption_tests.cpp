@@ -137,6 +137,8 @@ struct OptCase {
     std::map<unsigned, uint32_t> slots;
 };
 
+void PrintTo(const OptCase &c, std::ostream *os) { *os << c.name; }
+
 class OptPath : public IpOption, public ::testing::WithParamInterface<OptCase> {};
 
 TEST_P(OptPath, ResultMessagesStatisticsAndSlots) {

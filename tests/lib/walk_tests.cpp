@@ -1,6 +1,7 @@
 // Iterator handles and the walks of the address and IP option tables.
 #include <set>
 
+#include "session_kinds.h"
 #include "support.h"
 
 namespace nimbet_test {
@@ -74,7 +75,8 @@ struct WalkTable {
     void (*write)(uint32_t i);               // row number i
     uint32_t (*row_of)(const void *rec);     // which row a record holds
     const char *msgCreate, *msgNext, *msgRead;  // null: silent
-    bool ipOptionSlots;                      // counts in g_nimbetIpOptionCnt 10 / 11
+    uint32_t *counters;                      // iterator slot pair, or null
+    unsigned slotCreate, slotRelease;
 };
 
 void write_v4(uint32_t i) {
@@ -109,33 +111,64 @@ const WalkTable kWalks[] = {
      NIMBET_DB_ReleaseIpv4AddrIterator, write_v4,
      [](const void *r) { return static_cast<const NIMBET_DB_IPV4_ADDR_ENTRY *>(r)->ifIndex - 1000; },
      "nimbet create ipv4 address interator failed.", "Get next ifm ipv4 address db fail, ret = %u.", nullptr,
-     false},
+     nullptr, 0, 0},
     {"Ipv6Addr", "ifm_ipv6_address", DB_STAT_IFM_IPV6_ADDRESS, sizeof(NIMBET_DB_IPV6_ADDR_ENTRY),
      NIMBET_DB_CreateIpv6AddrIterator,
      [](NIMBET_DB_ITER_INFO *it, void *r) { return NIMBET_DB_GetNextIpv6Addr(it, static_cast<NIMBET_DB_IPV6_ADDR_ENTRY *>(r)); },
      NIMBET_DB_ReleaseIpv6AddrIterator, write_v6,
      [](const void *r) { return static_cast<const NIMBET_DB_IPV6_ADDR_ENTRY *>(r)->ifIndex - 1000; },
-     "nimbet create ipv6 address interator failed.", nullptr, nullptr, false},
+     "nimbet create ipv6 address interator failed.", nullptr, nullptr, nullptr, 0, 0},
     {"IfOption", "if_ipoption", DB_STAT_IF_IPOPTION, sizeof(NIMBET_DB_IF_IPOPTION_ENTRY),
      NIMBET_DB_CreateOptIfIterator,
      [](NIMBET_DB_ITER_INFO *it, void *r) { return NIMBET_DB_OptGetNextIf(it, static_cast<NIMBET_DB_IF_IPOPTION_ENTRY *>(r)); },
      NIMBET_DB_ReleaseOptIfIterator, write_if,
      [](const void *r) { return static_cast<const NIMBET_DB_IF_IPOPTION_ENTRY *>(r)->ifIndex - 1000; }, nullptr,
-     "[ip opt]Get next int ipoption db fail. ret = %d", "[ip opt]Get next int ipoption db fail. ret = %d", true},
+     "[ip opt]Get next int ipoption db fail. ret = %d", "[ip opt]Get next int ipoption db fail. ret = %d",
+     g_nimbetIpOptionCnt, 10, 11},
     {"GlobalOption", "global_ipoption", DB_STAT_GLOBAL_IPOPTION, sizeof(NIMBET_DB_GLOBAL_IPOPTION_ENTRY),
      NIMBET_DB_CreateOptGlobalIterator,
      [](NIMBET_DB_ITER_INFO *it, void *r) { return NIMBET_DB_OptGetNextGlobal(it, static_cast<NIMBET_DB_GLOBAL_IPOPTION_ENTRY *>(r)); },
      NIMBET_DB_ReleaseOptGlobalIterator, write_global,
      [](const void *r) { return static_cast<const NIMBET_DB_GLOBAL_IPOPTION_ENTRY *>(r)->optionType - 1000; },
      nullptr, "[ip opt]Get next global ipoption db fail. ret = %d",
-     "[ip opt]Get next global ipoption db fail. ret = %d", true},
+     "[ip opt]Get next global ipoption db fail. ret = %d", g_nimbetIpOptionCnt, 10, 11},
 };
+
+// The walkable session kinds, from the shared kind table.
+template <int K>
+void write_session(uint32_t i) {
+    const SessionKind &k = kSessionKinds[K];
+    std::vector<uint8_t> r(k.recSize);
+    k.make(r.data(), i);
+    ASSERT_EQ(0u, k.write(r.data()));
+}
+uint32_t session_row(const void *rec) {
+    uint32_t sockId;  // every session record starts with it
+    std::memcpy(&sockId, rec, sizeof sockId);
+    return sockId;
+}
+template <int K>
+WalkTable session_walk() {
+    const SessionKind &k = kSessionKinds[K];
+    return {k.name, k.table, k.stat, k.recSize, k.create, k.next, k.release, write_session<K>, session_row,
+            nullptr, k.msgNext, k.msgShortRead, g_nimbetSessionCnt, k.slotCreate, k.slotRelease};
+}
+// Ping (index 2) has no walk.
+const WalkTable kSessionWalks[] = {session_walk<0>(), session_walk<1>(), session_walk<3>(), session_walk<4>(),
+                                   session_walk<5>()};
+
+void PrintTo(const WalkTable &w, std::ostream *os) { *os << w.name; }
 
 class TableWalk : public LibTest, public ::testing::WithParamInterface<WalkTable> {
 protected:
     std::vector<uint8_t> rec_ = std::vector<uint8_t>(GetParam().recSize, 0xEE);
     void *rec() { return rec_.data(); }
-    std::map<unsigned, uint32_t> slots() const { return slot_delta(before_.ipOption, g_nimbetIpOptionCnt); }
+    // Moves of the table's counter array (the IP option or the session one).
+    std::map<unsigned, uint32_t> slots() const {
+        const WalkTable &w = GetParam();
+        if (w.counters == g_nimbetSessionCnt) return slot_delta(before_.session, g_nimbetSessionCnt);
+        return slot_delta(before_.ipOption, g_nimbetIpOptionCnt);
+    }
 };
 
 TEST_P(TableWalk, DeliversEveryRowOnceThenEnds) {
@@ -164,9 +197,8 @@ TEST_P(TableWalk, EmptyTableEndsAtOnceAndCountersPair) {
     EXPECT_EQ(std::vector<uint8_t>(w.recSize, 0xEE), rec_) << "the record is untouched";
     w.release(it);
     w.release(nullptr);  // does nothing, counts nothing
-    const std::map<unsigned, uint32_t> expected =
-        w.ipOptionSlots ? std::map<unsigned, uint32_t>{{IP_OPTION_CNT_ITER_CREATE, 1}, {IP_OPTION_CNT_ITER_RELEASE, 1}}
-                        : std::map<unsigned, uint32_t>{};
+    std::map<unsigned, uint32_t> expected;
+    if (w.counters != nullptr) expected = {{w.slotCreate, 1}, {w.slotRelease, 1}};
     EXPECT_EQ(expected, slots());
 }
 
@@ -233,6 +265,8 @@ TEST_P(ImageWalk, FailedRowRead) {
 auto name_of = [](const auto &info) { return std::string(info.param.name); };
 INSTANTIATE_TEST_SUITE_P(Tables, TableWalk, ::testing::ValuesIn(kWalks), name_of);
 INSTANTIATE_TEST_SUITE_P(Tables, ImageWalk, ::testing::Values(kWalks[2], kWalks[3]), name_of);
+INSTANTIATE_TEST_SUITE_P(Sessions, TableWalk, ::testing::ValuesIn(kSessionWalks), name_of);
+INSTANTIATE_TEST_SUITE_P(Sessions, ImageWalk, ::testing::ValuesIn(kSessionWalks), name_of);
 
 }  // namespace
 }  // namespace nimbet_test
