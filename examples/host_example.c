@@ -156,6 +156,37 @@ static void sessions(void) {
            g_nimbetSessionCnt[5], g_nimbetSessionCnt[12], g_nimbetSessionCnt[13]);
 }
 
+/* The road of a routing process: sessions of two producer processes are
+ * registered, presence is asked, and the rows of one producer are walked by
+ * PID and aged out. */
+static void aging(void) {
+    NIMBET_DB_INET_SESS_ENTRY s;
+    memset(&s, 0, sizeof s);
+    s.protocol = 6;
+    s.dstPort = 179;
+    for (uint32_t i = 0; i < 6; ++i) {
+        s.sockId = 100 + i;
+        s.hPid = i % 2 == 0 ? 5001 : 5002;
+        NIMBET_DB_WriteEntryInet(&s);
+    }
+    s.attr1 = 0;
+    printf("BGP session registered (destination port 179)? %u\n", NIMBET_DB_IsBgpSessExist(&s, 0));
+    s.dstPort = 180;
+    printf("BGP session registered (destination port 180)? %u\n", NIMBET_DB_IsBgpSessExist(&s, 0));
+
+    NIMBET_DB_ITER_INFO *it = NIMBET_DB_CreatePidIterator(NIMBET_DB_AGE_TABLE_INET_SESS, 5002);
+    uint32_t aged = 0;
+    while (it != NULL && NIMBET_DB_GetNextTableByAgeIterator(NIMBET_DB_AGE_TABLE_INET_SESS, it, &s) == NIMBET_DB_OK) {
+        printf("  aging out sockId %u of producer %u: result %u\n", s.sockId, s.hPid, NIMBET_DB_DeleteEntryInet(&s));
+        ++aged;
+    }
+    NIMBET_DB_ReleaseAgeIterator(NIMBET_DB_AGE_TABLE_INET_SESS, it);
+    printf("aged out %u session(s) of producer 5002; aging objects counted %u\n", aged,
+           g_nimbetSmoothCnt[11]);
+    s.dstPort = 179;
+    printf("BGP session still registered? %u\n", NIMBET_DB_IsBgpSessExist(&s, 0));
+}
+
 int main(void) {
     const NIMBET_DB_CONTEXT ctx = {info_log, err_log};
     if (NIMBET_DB_ContextInit(&ctx) != NIMBET_DB_OK) return 1;
@@ -196,6 +227,7 @@ int main(void) {
     ipv6_and_walks();
     ip_options();
     sessions();
+    aging();
 
     /* An out-of-range statistic is refused and reported through the error log. */
     NIMBET_DB_RecordErrStat(20, 0);

@@ -99,6 +99,12 @@ void write_if(uint32_t i) {
     const NIMBET_DB_IF_IPOPTION_ENTRY e = {7, 1000 + i, 3, i, 0, 0, 0};
     ASSERT_EQ(0u, NIMBET_DB_OptWriteIfEntry(&e));
 }
+void write_ospf(uint32_t i) {
+    NIMBET_DB_OSPF_NVO3_ENTRY e{};
+    e.vrId = i;
+    e.ospf_disable = i + 1;
+    ASSERT_EQ(0u, NIMBET_DB_WriteEntryOspfNvo3(0, &e));
+}
 void write_global(uint32_t i) {
     const NIMBET_DB_GLOBAL_IPOPTION_ENTRY e = {7, 1000 + i, i, 0, 0, 0};
     ASSERT_EQ(0u, NIMBET_DB_OptWriteGlobalEntry(&e));
@@ -132,6 +138,15 @@ const WalkTable kWalks[] = {
      [](const void *r) { return static_cast<const NIMBET_DB_GLOBAL_IPOPTION_ENTRY *>(r)->optionType - 1000; },
      nullptr, "[ip opt]Get next global ipoption db fail. ret = %d",
      "[ip opt]Get next global ipoption db fail. ret = %d", g_nimbetIpOptionCnt, 10, 11},
+    {"OspfNvo3", "ospf_nvo3", DB_STAT_OSPF_NVO3, sizeof(NIMBET_DB_OSPF_NVO3_WALK_ITEM), NIMBET_DB_CreatOspfNvo3Iterator,
+     [](NIMBET_DB_ITER_INFO *it, void *r) { return NIMBET_DB_GetNextOspfNvo3(it, static_cast<NIMBET_DB_OSPF_NVO3_WALK_ITEM *>(r)); },
+     NIMBET_DB_ReleaseOspfNvo3Iterator, write_ospf,
+     [](const void *r) {
+         const auto *item = static_cast<const NIMBET_DB_OSPF_NVO3_WALK_ITEM *>(r);
+         // Every item is of type 3 and carries its row's first state word.
+         return item->itemType == 3 && item->ospf_disable == item->vrId + 1 ? item->vrId : 0xFFFFFFFFu;
+     },
+     nullptr, "Get next ospf nvo3 db fail. ret = %d", "Get ospf nvo3 db fail. ret = %d", nullptr, 0, 0},
 };
 
 // The walkable session kinds, from the shared kind table.
@@ -264,7 +279,7 @@ TEST_P(ImageWalk, FailedRowRead) {
 
 auto name_of = [](const auto &info) { return std::string(info.param.name); };
 INSTANTIATE_TEST_SUITE_P(Tables, TableWalk, ::testing::ValuesIn(kWalks), name_of);
-INSTANTIATE_TEST_SUITE_P(Tables, ImageWalk, ::testing::Values(kWalks[2], kWalks[3]), name_of);
+INSTANTIATE_TEST_SUITE_P(Tables, ImageWalk, ::testing::Values(kWalks[2], kWalks[3], kWalks[4]), name_of);
 INSTANTIATE_TEST_SUITE_P(Sessions, TableWalk, ::testing::ValuesIn(kSessionWalks), name_of);
 INSTANTIATE_TEST_SUITE_P(Sessions, ImageWalk, ::testing::ValuesIn(kSessionWalks), name_of);
 
