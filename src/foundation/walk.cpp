@@ -13,11 +13,36 @@ NIMBET_DB_ITER_INFO *walk_create(const Walk &w) {
     return it;
 }
 
+NIMBET_DB_ITER_INFO *walk_create_keyed(const Walk &w, uint32_t keyDesc, const uint8_t *key) {
+    auto *it = static_cast<NIMBET_DB_ITER_INFO *>(w.alloc(sizeof(NIMBET_DB_ITER_INFO)));
+    if (it == nullptr) return nullptr;
+    DB_HANDLE obj = 0, root = 0;
+    uint32_t s = w.create(DB_OPEN_SCAN, 0, &obj);
+    if (s != 0) {
+        w.freeFailed(it);
+        if (w.msgKeyedOpen != nullptr) log_err(w.msgKeyedOpen, s);
+        return nullptr;
+    }
+    if (w.counters != nullptr) bump(w.counters, w.slotCreate);
+    s = db_create_root_iter(obj, &keyDesc, key, &root);
+    if (s != 0) {
+        w.release(obj);
+        if (w.counters != nullptr) bump(w.counters, w.slotRelease);
+        w.freeFailed(it);
+        return nullptr;
+    }
+    it->dbHandle = obj;
+    it->rootIter = root;
+    return it;
+}
+
 void walk_release(const Walk &w, NIMBET_DB_ITER_INFO *it) {
     if (it == nullptr) return;
-    w.release(it->dbHandle);
-    if (w.counters != nullptr) bump(w.counters, w.slotRelease);
-    NIMBET_FreeMem(it);
+    if (it->dbHandle != 0) {
+        w.release(it->dbHandle);
+        if (w.counters != nullptr) bump(w.counters, w.slotRelease);
+    }
+    w.freeReleased(it);
 }
 
 uint32_t walk_step(const Walk &w, NIMBET_DB_ITER_INFO *it, const void *rec) {
@@ -27,7 +52,7 @@ uint32_t walk_step(const Walk &w, NIMBET_DB_ITER_INFO *it, const void *rec) {
     if (s == DB_RET_ITER_END) return NIMBET_DB_ITER_END;
     if (w.msgNext != nullptr) log_err(w.msgNext, s);
     NIMBET_DB_RecordErrStat(w.stat, DB_ERR_NEXT);
-    return NIMBET_DB_ERR;
+    return w.stepFailPassesStatus ? s : NIMBET_DB_ERR;
 }
 
 }  // namespace nimbet

@@ -20,9 +20,21 @@ struct Walk {
     const char *msgRead;          // logged with the status of a failed row read; null: none
     uint32_t *counters;           // iterator counter pair, or null
     unsigned slotCreate, slotRelease;
+    // Departures of some tables from the common steps:
+    bool stepFailPassesStatus = false;          // a failed step answers the database status, not 1
+    uint32_t rowGone = NIMBET_DB_ERR;           // result when the current row vanished before its read
+    void *(*alloc)(uint32_t) = NIMBET_AllocMem;  // handle of a keyed walk
+    void (*freeFailed)(void *) = NIMBET_FreeMem;  // gives it back when a keyed create fails
+    void (*freeReleased)(void *) = NIMBET_FreeMem;  // gives any handle back on release
+    const char *msgKeyedOpen = nullptr;         // logged when a keyed create cannot open the table
 };
 
 NIMBET_DB_ITER_INFO *walk_create(const Walk &w);
+
+// A walk over the rows of one secondary key: the handle from w.alloc, the
+// table opened for scanning (create slot counted), the root iterator on
+// the key (on failure the object is released, the release slot counted).
+NIMBET_DB_ITER_INFO *walk_create_keyed(const Walk &w, uint32_t keyDesc, const uint8_t *key);
 void walk_release(const Walk &w, NIMBET_DB_ITER_INFO *it);
 
 // Moves the walk one row on. 0: the database handle stands on the next
@@ -49,7 +61,7 @@ uint32_t walk_next_image(const Walk &w, NIMBET_DB_ITER_INFO *it, Rec *rec, Conv 
         conv(image, rec);
         return NIMBET_DB_OK;
     }
-    if (s == DB_RET_NO_RECORD) return NIMBET_DB_ERR;
+    if (s == DB_RET_NO_RECORD) return w.rowGone;
     if (w.msgRead != nullptr) log_err(w.msgRead, s);
     NIMBET_DB_RecordErrStat(w.stat, DB_ERR_READ);
     return NIMBET_DB_ERR;

@@ -31,7 +31,7 @@ void get_image(const uint8_t *image, NIMBET_DB_GLOBAL_IPOPTION_ENTRY *rec) {
     rec->value4 = get_le32(image + 16);
 }
 
-struct GlobalOption {
+struct GlobalOption : OptTraits<GlobalOption> {
     using Entry = NIMBET_DB_GLOBAL_IPOPTION_ENTRY;
     using Key = NIMBET_DB_GLOBAL_IPOPTION_KEY;
     static constexpr uint32_t rowLen = 36, keyLen = 8;
@@ -40,8 +40,8 @@ struct GlobalOption {
     static constexpr auto create = db_create_global_ipoption_obj;
     static constexpr auto release = db_release_global_ipoption_object;
     static constexpr auto set_all = db_set_global_ipoption_all_fields;
-    static constexpr auto set_image = ipoption::set_image;
-    static constexpr auto get_image = ipoption::get_image;
+    static constexpr auto fill = ipoption::set_image;
+    static constexpr auto get = ipoption::get_image;
 
     static Key key_of(const Entry &r) { return {r.vrId, r.optionType}; }
     static void put_key(const Key &k, uint8_t *out) {

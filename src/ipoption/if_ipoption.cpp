@@ -31,7 +31,7 @@ void get_image(const uint8_t *image, NIMBET_DB_IF_IPOPTION_ENTRY *rec) {
     rec->value4 = get_le32(image + 20);
 }
 
-struct IfOption {
+struct IfOption : OptTraits<IfOption> {
     using Entry = NIMBET_DB_IF_IPOPTION_ENTRY;
     using Key = NIMBET_DB_IF_IPOPTION_KEY;
     static constexpr uint32_t rowLen = 40, keyLen = 12;
@@ -40,8 +40,8 @@ struct IfOption {
     static constexpr auto create = db_create_if_ipoption_obj;
     static constexpr auto release = db_release_if_ipoption_object;
     static constexpr auto set_all = db_set_if_ipoption_all_fields;
-    static constexpr auto set_image = ipoption::set_image;
-    static constexpr auto get_image = ipoption::get_image;
+    static constexpr auto fill = ipoption::set_image;
+    static constexpr auto get = ipoption::get_image;
 
     static Key key_of(const Entry &r) { return {r.vrId, r.ifIndex, r.optionType}; }
     static void put_key(const Key &k, uint8_t *out) {

@@ -1,7 +1,6 @@
 // ospf_nvo3: per virtual router, the OSPF/OSPFv3 overlay state words and
 // the time stamps of the events that changed them.
-#include "../foundation/internal.h"
-#include "../foundation/rowbytes.h"
+#include "../foundation/image_table.h"
 #include "../foundation/walk.h"
 
 namespace nimbet::ospfnvo3 {
@@ -66,6 +65,30 @@ void to_item(const uint8_t *img, NIMBET_DB_OSPF_NVO3_WALK_ITEM *item) {
     item->ospfv3_discard = get_le32(img + 40);
 }
 
+struct Ospf : ImageTableDefaults {
+    using Entry = NIMBET_DB_OSPF_NVO3_ENTRY;
+    static constexpr uint32_t rowLen = kRowLen, keyLen = 4, keyDesc = kKeyDesc, stat = kStat;
+    static constexpr auto create = db_create_ospf_nvo3_obj;
+    static constexpr auto release = db_release_ospf_nvo3_object;
+    static constexpr auto set_all = db_set_ospf_nvo3_all_fields;
+
+    static uint32_t build_key(uint32_t vrId, uint8_t *key) {
+        put_le32(key, vrId);
+        return 0;
+    }
+    static void log(Path p, uint32_t s, const Entry &r) { log(p, s, r.vrId); }
+    static void log(Path p, uint32_t s, uint32_t vrId) {
+        switch (p) {
+            case Path::WriteOpen: return log_err("Write ospfnvo3 create obj failed. ret = %u, vrId = %u.", s, vrId);
+            case Path::WriteFail: return log_err("Write ospf nvo3 db failed. ret = %u, vrId = %u.", s, vrId);
+            case Path::DeleteOpen: return log_err("Delete ospf nvo3 create obj failed. ret = %d, vrId = %u.", s, vrId);
+            case Path::RemoveFail: return log_err("Remove ospf nvo3 db failed. ret = %d, vrId = %u.", s, vrId);
+            default: return;  // the read goes field by field, below
+        }
+    }
+};
+using Table = ImageTable<Ospf>;
+
 constexpr Walk kWalk = {db_create_ospf_nvo3_obj,        db_release_ospf_nvo3_object,
                         kStat,                          nullptr,
                         "Get next ospf nvo3 db fail. ret = %d", "Get ospf nvo3 db fail. ret = %d",
@@ -86,26 +109,9 @@ NIMBET_DB_API void NIMBET_DB_WriteEntryOspfNvo3SetAllFiled(uint32_t stampFlags, 
 }
 
 NIMBET_DB_API uint32_t NIMBET_DB_WriteEntryOspfNvo3(uint32_t stampFlags, const NIMBET_DB_OSPF_NVO3_ENTRY *entry) {
-    uint8_t image[kRowLen] = {};
-    if (entry == nullptr) return NIMBET_DB_ERR;
-    DB_HANDLE h = 0;
-    uint32_t s = db_create_ospf_nvo3_obj(DB_OPEN_WRITE, 0, &h);
-    if (s != 0) {
-        log_err("Write ospfnvo3 create obj failed. ret = %u, vrId = %u.", s, entry->vrId);
-        return NIMBET_DB_ERR;
-    }
-    set_all(stampFlags, image, entry);
-    s = db_set_ospf_nvo3_all_fields(h, image, kRowLen);
-    if (s != 0) {
-        db_release_ospf_nvo3_object(h);
-        return s;
-    }
-    s = db_write_obj(h);
-    db_release_ospf_nvo3_object(h);
-    if (nimbet::tolerated_ok(s, kStat)) return NIMBET_DB_OK;
-    log_err("Write ospf nvo3 db failed. ret = %u, vrId = %u.", s, entry->vrId);
-    NIMBET_DB_RecordErrStat(kStat, DB_ERR_WRITE);
-    return NIMBET_DB_ERR;
+    return Table::write(entry, [stampFlags](const NIMBET_DB_OSPF_NVO3_ENTRY *r, uint8_t *img) {
+        set_all(stampFlags, img, r);
+    });
 }
 
 NIMBET_DB_API uint32_t NIMBET_DB_ReadEntryOspfNvo3Fileds(NIMBET_DB_OSPF_NVO3_ENTRY *entry, DB_HANDLE dbHandle) {
@@ -134,22 +140,7 @@ NIMBET_DB_API uint32_t NIMBET_DB_ReadEntryOspfNvo3(NIMBET_DB_OSPF_NVO3_ENTRY *en
     return result;
 }
 
-NIMBET_DB_API uint32_t NIMBET_DB_DeleteOspfNvo3(uint32_t vrId) {
-    DB_HANDLE h = 0;
-    uint32_t s = db_create_ospf_nvo3_obj(DB_OPEN_REMOVE, 0, &h);
-    if (s != 0) {
-        log_err("Delete ospf nvo3 create obj failed. ret = %d, vrId = %u.", s, vrId);
-        return NIMBET_DB_ERR;
-    }
-    uint8_t key[4];
-    nimbet::put_le32(key, vrId);
-    s = db_remove_obj(h, &kKeyDesc, key);
-    db_release_ospf_nvo3_object(h);
-    if (nimbet::tolerated_ok(s, kStat)) return NIMBET_DB_OK;
-    log_err("Remove ospf nvo3 db failed. ret = %d, vrId = %u.", s, vrId);
-    NIMBET_DB_RecordErrStat(kStat, DB_ERR_REMOVE);
-    return NIMBET_DB_ERR;
-}
+NIMBET_DB_API uint32_t NIMBET_DB_DeleteOspfNvo3(uint32_t vrId) { return Table::remove(&vrId); }
 
 NIMBET_DB_API NIMBET_DB_ITER_INFO *NIMBET_DB_CreatOspfNvo3Iterator(void) { return nimbet::walk_create(kWalk); }
 

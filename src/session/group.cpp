@@ -5,7 +5,7 @@
 namespace nimbet::session {
 namespace {
 
-struct Group {
+struct Group : SessionDefaults {
     using Entry = NIMBET_DB_GROUP_SESS_ENTRY;
     static constexpr uint32_t rowLen = 84, keyLen = 16, keyDesc = 0x00010010u, stat = DB_STAT_GROUP_SESS;
     static constexpr auto create = db_create_group_sess_obj;
@@ -70,7 +70,6 @@ struct Group {
         log_err(msg[static_cast<int>(p)], s, r.sockId, uint32_t{r.srcPort}, r.ifIndex, uint32_t{r.protocol},
                 uint32_t{r.groupIp}, r.srcAddr);
     }
-    static constexpr const char *msgReadNull = nullptr;
     static constexpr const char *msgDeleteNull = "nimbet db deleteentrygroup entry is QEX_NULL, para is NULL";
     static constexpr const char *msgShortRead = "Get group sess db fail. ret = %d";
     static constexpr const char *msgNext = "Get next group sess db fail. ret = %d";

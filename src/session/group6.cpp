@@ -9,7 +9,7 @@
 namespace nimbet::session {
 namespace {
 
-struct Group6 {
+struct Group6 : SessionDefaults {
     using Entry = NIMBET_DB_GROUP6_SESS_ENTRY;
     static constexpr uint32_t rowLen = 108, keyLen = 43, keyDesc = 0x0001002Bu, stat = DB_STAT_GROUP6_SESS;
     static constexpr auto create = db_create_group6_sess_obj;
@@ -84,8 +84,6 @@ struct Group6 {
         const Ipv6Text group(r.groupIp), src(r.srcAddr);
         log_err(msg[static_cast<int>(p)], s, r.sockId, port, r.ifIndex, proto, group.c_str(), src.c_str());
     }
-    static constexpr const char *msgReadNull = nullptr;
-    static constexpr const char *msgDeleteNull = nullptr;
     static constexpr const char *msgShortRead = "Get group6 sess db fail. ret = %d";
     static constexpr const char *msgNext = "Get next group6 session db fail. ret = %d";
 };

@@ -5,7 +5,7 @@
 namespace nimbet::session {
 namespace {
 
-struct Inet {
+struct Inet : SessionDefaults {
     using Entry = NIMBET_DB_INET_SESS_ENTRY;
     static constexpr uint32_t rowLen = 104, keyLen = 29, keyDesc = 0x0001001Du, stat = DB_STAT_INET_SESS;
     static constexpr auto create = db_create_inet_sess_obj;

@@ -8,7 +8,7 @@
 namespace nimbet::session {
 namespace {
 
-struct Inet6 {
+struct Inet6 : SessionDefaults {
     using Entry = NIMBET_DB_INET6_SESS_ENTRY;
     static constexpr uint32_t rowLen = 132, keyLen = 53, keyDesc = 0x00010035u, stat = DB_STAT_INET6_SESS;
     static constexpr auto create = db_create_inet6_sess_obj;
@@ -101,8 +101,6 @@ struct Inet6 {
         };
         log_err(msg[static_cast<int>(p)], s, r.sockId, r.hPid, r.vrId, r.vrfId, proto, src.c_str(), dst.c_str());
     }
-    static constexpr const char *msgReadNull = nullptr;
-    static constexpr const char *msgDeleteNull = nullptr;
     static constexpr const char *msgShortRead = "Get inet6 sess db fail. ret = %d";
     static constexpr const char *msgNext = "Get next inet6 session db fail. ret = %d";
 };

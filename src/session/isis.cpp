@@ -8,7 +8,7 @@
 namespace nimbet::session {
 namespace {
 
-struct Isis {
+struct Isis : SessionDefaults {
     using Entry = NIMBET_DB_ISIS_SESS_ENTRY;
     static constexpr uint32_t rowLen = 84, keyLen = 22, keyDesc = 0x00010016u, stat = DB_STAT_ISIS_SESS;
     static constexpr auto create = db_create_isis_sess_obj;
@@ -74,8 +74,6 @@ struct Isis {
         const MacText mac(r.macAddr), srcMac(r.srcMacAddr);
         log_err(msg[static_cast<int>(p)], s, r.sockId, r.ifIndex, id, mac.c_str(), srcMac.c_str());
     }
-    static constexpr const char *msgReadNull = nullptr;
-    static constexpr const char *msgDeleteNull = nullptr;
     static constexpr const char *msgShortRead = "Get isis sess db fail. ret = %d";
     static constexpr const char *msgNext = "Get next isis session db fail. ret = %d";
 };

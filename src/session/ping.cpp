@@ -5,7 +5,7 @@
 namespace nimbet::session {
 namespace {
 
-struct Ping {
+struct Ping : SessionDefaults {
     using Entry = NIMBET_DB_PING_SESS_ENTRY;
     static constexpr uint32_t rowLen = 84, keyLen = 23, keyDesc = 0x00010017u, stat = DB_STAT_PING_SESS;
     static constexpr auto create = db_create_ping_sess_obj;
@@ -93,7 +93,6 @@ struct Ping {
         log_err(msg[static_cast<int>(p)], s, r.sockId, r.vrId, r.vrfId, r.srcIp, r.dstIp, uint32_t{r.protocol},
                 uint32_t{r.testId});
     }
-    static constexpr const char *msgReadNull = nullptr;
     static constexpr const char *msgDeleteNull = "nimbet db delete entry ping entry is QEX_NULL. para is NULL";
     static constexpr const char *msgShortRead = "Get ping sess db fail. ret = %d";
     static constexpr const char *msgNext = nullptr;

@@ -3,7 +3,7 @@
 // and counted in g_nimbetSmoothCnt.
 #include "../foundation/internal.h"
 #include "../foundation/rowbytes.h"
-#include "nimbet_host.h"
+#include "../foundation/walk.h"
 
 namespace nimbet::smooth {
 namespace {
@@ -43,6 +43,19 @@ uint32_t set_data(DB_HANDLE h, const NIMBET_DB_VRF_CLASS_DATA_ENTRY *r) {
 #undef SET
     return s;
 }
+
+// The walk over one (table id, producer PID): its step failures count
+// under the state table's id.
+constexpr nimbet::Walk kDataWalk = {.create = db_create_vrf_class_data_obj,
+                                    .release = db_release_vrf_class_data_object,
+                                    .stat = DB_STAT_VRF_CLASS_STATE,
+                                    .msgCreateFail = nullptr,
+                                    .msgNext = "Get next vrf class state db fail. ret = %d",
+                                    .msgRead = nullptr,
+                                    .counters = g_nimbetSmoothCnt,
+                                    .slotCreate = kDataIterCreate,
+                                    .slotRelease = kDataIterRelease,
+                                    .msgKeyedOpen = "Get create vrf class data obj fail. ret = %d"};
 
 void data_key(const NIMBET_DB_VRF_CLASS_DATA_ENTRY *r, uint8_t *k) {
     put_le32(k + 0, r->tableId);
@@ -207,29 +220,10 @@ NIMBET_DB_API uint32_t NIMBET_DB_DeleteVrfClassState(const NIMBET_DB_VRF_CLASS_D
 }
 
 NIMBET_DB_API NIMBET_DB_ITER_INFO *NIMBET_DB_CreatVrfClassStateIterator(uint32_t tableId, uint32_t producerPid) {
-    DB_HANDLE obj = 0, iter = 0;
-    auto *it = static_cast<NIMBET_DB_ITER_INFO *>(NIMBET_AllocMem(sizeof(NIMBET_DB_ITER_INFO)));
-    if (it == nullptr) return nullptr;
-    uint32_t s = db_create_vrf_class_data_obj(DB_OPEN_SCAN, 0, &obj);
-    if (s != 0) {
-        NIMBET_FreeMem(it);
-        log_err("Get create vrf class data obj fail. ret = %d", s);
-        return nullptr;
-    }
-    bump(g_nimbetSmoothCnt, kDataIterCreate);
     uint8_t key[8];
     nimbet::put_le32(key, tableId);
     nimbet::put_le32(key + 4, producerPid);
-    s = db_create_root_iter(obj, &kDataWalkKeyDesc, key, &iter);
-    if (s != 0) {
-        db_release_vrf_class_data_object(obj);
-        bump(g_nimbetSmoothCnt, kDataIterRelease);
-        NIMBET_FreeMem(it);
-        return nullptr;
-    }
-    it->dbHandle = obj;
-    it->rootIter = iter;
-    return it;
+    return nimbet::walk_create_keyed(kDataWalk, kDataWalkKeyDesc, key);
 }
 
 NIMBET_DB_API uint32_t NIMBET_DB_GetNextVrfClassState(NIMBET_DB_ITER_INFO *iter, NIMBET_DB_VRF_CLASS_DATA_ENTRY *entry) {
@@ -237,25 +231,11 @@ NIMBET_DB_API uint32_t NIMBET_DB_GetNextVrfClassState(NIMBET_DB_ITER_INFO *iter,
         log_err("getnextvrfclassstate dbRes or entry is QEX_NULL. para is NULL");
         return NIMBET_DB_ERR;
     }
-    const uint32_t s = db_root_iterator_next(iter->rootIter);
-    if (s == 0) {
-        NIMBET_DB_GetVrfClassStateItem(iter->dbHandle, entry);
-        return NIMBET_DB_OK;
-    }
-    if (s == DB_RET_ITER_END) return NIMBET_DB_ITER_END;
-    log_err("Get next vrf class state db fail. ret = %d", s);
-    // The walk's step failure counts under the state table's id.
-    NIMBET_DB_RecordErrStat(DB_STAT_VRF_CLASS_STATE, DB_ERR_NEXT);
-    return NIMBET_DB_ERR;
+    return nimbet::walk_next_fill(kDataWalk, iter, entry, NIMBET_DB_GetVrfClassStateItem);
 }
 
 NIMBET_DB_API void NIMBET_DB_ReleaseVrfClassStateIterator(NIMBET_DB_ITER_INFO *iter) {
-    if (iter == nullptr) return;
-    if (iter->dbHandle != 0) {
-        db_release_vrf_class_data_object(iter->dbHandle);
-        bump(g_nimbetSmoothCnt, kDataIterRelease);
-    }
-    NIMBET_FreeMem(iter);
+    nimbet::walk_release(kDataWalk, iter);
 }
 
 }  // extern "C"
