@@ -187,6 +187,53 @@ static void aging(void) {
     printf("BGP session still registered? %u\n", NIMBET_DB_IsBgpSessExist(&s, 0));
 }
 
+/* Service configuration and URPF: a subnet broadcast row, UDP helper rows,
+ * a URPF mode row re-validated in place, and the members of a trunk. */
+static void services_and_urpf(void) {
+    NIMBET_DB_SUB_BC_ENTRY bc;
+    memset(&bc, 0, sizeof bc);
+    bc.key1 = 1; /* group id */
+    bc.key2 = 100;
+    bc.flag1 = 1;
+    printf("subnet broadcast row: write %u", NIMBET_DB_WriteSubBc(&bc));
+    NIMBET_DB_ITER_INFO *it = NIMBET_DB_CreateSubBcIteratorByGroupId(1);
+    uint32_t rows = 0;
+    while (it != NULL && NIMBET_DB_GetNextSubBc(it, &bc) == NIMBET_DB_OK) ++rows;
+    NIMBET_DB_ReleaseSubBcIterator(it);
+    printf(", %u row(s) in group 1\n", rows);
+
+    const NIMBET_DB_UDP_HELPER_PORT_ENTRY port = {0, 67, 1, 0};
+    const NIMBET_DB_UDP_HELPER_SERVER_ENTRY server = {0, 7, 0x0A000063u, 0};
+    const uint32_t wp = NIMBET_DB_WriteUdpHelperPort(&port);
+    const uint32_t ws = NIMBET_DB_WriteUdpHelperServer(&server);
+    uint32_t ports = 0;
+    NIMBET_DB_ReadEntryGetUdpHelperPortNum(&port, &ports);
+    printf("UDP helper: port write %u, server write %u, rows for port 67: %u\n", wp, ws, ports);
+
+    static NIMBET_DB_URPF_MODE_ENTRY urpf;
+    memset(&urpf, 0, sizeof urpf);
+    urpf.key1 = 1;
+    urpf.key2 = 100;
+    urpf.flags = 1;
+    printf("URPF mode: write %u", NIMBET_DB_WriteUrpfMode(&urpf));
+    urpf.flags = 3;
+    urpf.svcStatus = 1;
+    printf(", re-validate %u", NIMBET_DB_UpdateUrpfValid(&urpf));
+    urpf.flags = 0;
+    const uint32_t r = NIMBET_DB_ReadUrpfMode(&urpf);
+    printf(", read %u: flags %u svcStatus %u\n", r, urpf.flags, urpf.svcStatus);
+
+    for (uint32_t m = 201; m <= 203; ++m) {
+        const NIMBET_DB_URPF_TRUNKMEM_ENTRY member = {200, m, 1};
+        NIMBET_DB_AddTrunkMember(&member);
+    }
+    uint32_t members[8], count = 0;
+    const uint32_t lr = NIMBET_DB_GetTrunkMemByIfIndex(200, 8, members, &count);
+    printf("trunk 200: listing %u, %u member(s):", lr, count);
+    for (uint32_t i = 0; i < count; ++i) printf(" %u", members[i]);
+    printf("\n");
+}
+
 int main(void) {
     const NIMBET_DB_CONTEXT ctx = {info_log, err_log};
     if (NIMBET_DB_ContextInit(&ctx) != NIMBET_DB_OK) return 1;
@@ -228,6 +275,7 @@ int main(void) {
     ip_options();
     sessions();
     aging();
+    services_and_urpf();
 
     /* An out-of-range statistic is refused and reported through the error log. */
     NIMBET_DB_RecordErrStat(20, 0);

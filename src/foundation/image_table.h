@@ -123,6 +123,34 @@ struct ImageTable {
         return NIMBET_DB_ERR;
     }
 
+    // Re-validation: `set` sets some fields on an object opened for update
+    // (every setter called, statuses ORed), then the row of src's key is
+    // updated in place.
+    template <class Src, class Set>
+    static uint32_t update(const Src *src, Set set, const char *msgOpen, const char *msgSet, const char *msgUpdate) {
+        if (src == nullptr) return NIMBET_DB_ERR;
+        DB_HANDLE h = 0;
+        uint32_t s = T::create(DB_OPEN_UPDATE, 0, &h);
+        if (s != 0) {
+            log_err(msgOpen, s);
+            return NIMBET_DB_ERR;
+        }
+        uint8_t key[T::keyLen] = {};
+        (void)T::build_key(*src, key);
+        s = set(h, *src);
+        if (s != 0) {
+            T::release(h);
+            log_err(msgSet, s);
+            return NIMBET_DB_ERR;
+        }
+        s = db_update_obj(h, &T::keyDesc, key);
+        T::release(h);
+        if (tolerated_ok(s, T::stat)) return NIMBET_DB_OK;
+        log_err(msgUpdate, s);
+        NIMBET_DB_RecordErrStat(T::stat, DB_ERR_UPDATE);
+        return NIMBET_DB_ERR;
+    }
+
     // The copies exported by the table, safe on null pointers.
     static void fill(const Entry *rec, uint8_t *image) {
         if (rec != nullptr && image != nullptr) T::fill(rec, image);
@@ -146,6 +174,24 @@ private:
     static uint32_t open_failed(Path p, uint32_t s, const Src &src) {
         T::log(p, s, src);
         return T::openFailPassesStatus ? s : NIMBET_DB_ERR;
+    }
+};
+
+// Tables whose messages show the status alone: one text for a failed open
+// (any operation) and one per failed database operation.
+template <class T>
+struct StatusMessages : ImageTableDefaults {
+    template <class Src>
+    static void log(Path p, uint32_t s, const Src &) {
+        const char *msg = nullptr;
+        switch (p) {
+            case Path::WriteOpen: case Path::ReadOpen: case Path::DeleteOpen: msg = T::msgOpen; break;
+            case Path::WriteFail: msg = T::msgWrite; break;
+            case Path::ReadFail: msg = T::msgRead; break;
+            case Path::RemoveFail: msg = T::msgRemove; break;
+            default: break;
+        }
+        if (msg != nullptr) log_err(msg, s);
     }
 };
 
