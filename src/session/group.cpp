@@ -84,25 +84,17 @@ using nimbet::session::S;
 
 extern "C" {
 
-NIMBET_DB_API void NIMBET_DB_SetEntryKeyGroup(NIMBET_DB_GROUP_SESS_ENTRY *dst, const NIMBET_DB_GROUP_SESS_ENTRY *src) {
-    S::copy_key(dst, src);
-}
-NIMBET_DB_API void SESSION_SetGroupItemLite(const NIMBET_DB_GROUP_SESS_ENTRY *entry, uint8_t *rowImage) {
-    S::fill(entry, rowImage);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_WriteEntryGroup(const NIMBET_DB_GROUP_SESS_ENTRY *entry) { return S::write(entry); }
-NIMBET_DB_API void NIMBET_DB_GetGroupSess(const uint8_t *rowImage, NIMBET_DB_GROUP_SESS_ENTRY *entry) {
-    S::get(rowImage, entry);
-}
-NIMBET_DB_API void NIMBET_DB_GetGroupByObject(uint32_t dbObject, NIMBET_DB_GROUP_SESS_ENTRY *entry) {
-    S::by_object(dbObject, entry);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_ReadEntryGroup(NIMBET_DB_GROUP_SESS_ENTRY *entry) { return S::read(entry); }
-NIMBET_DB_API uint32_t NIMBET_DB_DeleteEntryGroup(const NIMBET_DB_GROUP_SESS_ENTRY *entry) { return S::remove(entry); }
-NIMBET_DB_API NIMBET_DB_ITER_INFO *NIMBET_DB_CreatGroupSessIterator(void) { return S::create_walk(); }
-NIMBET_DB_API uint32_t NIMBET_DB_GetNextGroupSess(NIMBET_DB_ITER_INFO *iter, NIMBET_DB_GROUP_SESS_ENTRY *entry) {
-    return S::next(iter, entry);
-}
-NIMBET_DB_API void NIMBET_DB_ReleaseGroupSessIterator(NIMBET_DB_ITER_INFO *iter) { S::release_walk(iter); }
+NIMBET_SESSION_ENTRIES(S, NIMBET_DB_GROUP_SESS_ENTRY,
+    NIMBET_DB_SetEntryKeyGroup,
+    SESSION_SetGroupItemLite,
+    NIMBET_DB_WriteEntryGroup,
+    NIMBET_DB_GetGroupSess,
+    NIMBET_DB_GetGroupByObject,
+    NIMBET_DB_ReadEntryGroup,
+    NIMBET_DB_DeleteEntryGroup)
+NIMBET_SESSION_WALK_ENTRIES(S, NIMBET_DB_GROUP_SESS_ENTRY,
+    NIMBET_DB_CreatGroupSessIterator,
+    NIMBET_DB_GetNextGroupSess,
+    NIMBET_DB_ReleaseGroupSessIterator)
 
 }  // extern "C"

@@ -97,25 +97,17 @@ using nimbet::session::S;
 
 extern "C" {
 
-NIMBET_DB_API void NIMBET_DB_SetEntryKeyGroup6(NIMBET_DB_GROUP6_SESS_ENTRY *dst, const NIMBET_DB_GROUP6_SESS_ENTRY *src) {
-    S::copy_key(dst, src);
-}
-NIMBET_DB_API void SESSION_SetGroup6ItemLite(const NIMBET_DB_GROUP6_SESS_ENTRY *entry, uint8_t *rowImage) {
-    S::fill(entry, rowImage);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_WriteEntryGroup6(const NIMBET_DB_GROUP6_SESS_ENTRY *entry) { return S::write(entry); }
-NIMBET_DB_API void NIMBET_DB_GetGroup6Sess(const uint8_t *rowImage, NIMBET_DB_GROUP6_SESS_ENTRY *entry) {
-    S::get(rowImage, entry);
-}
-NIMBET_DB_API void NIMBET_DB_GetGroup6SessByObject(uint32_t dbObject, NIMBET_DB_GROUP6_SESS_ENTRY *entry) {
-    S::by_object(dbObject, entry);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_ReadEntryGroup6(NIMBET_DB_GROUP6_SESS_ENTRY *entry) { return S::read(entry); }
-NIMBET_DB_API uint32_t NIMBET_DB_DeleteEntryGroup6(const NIMBET_DB_GROUP6_SESS_ENTRY *entry) { return S::remove(entry); }
-NIMBET_DB_API NIMBET_DB_ITER_INFO *NIMBET_DB_CreatGroup6SessIterator(void) { return S::create_walk(); }
-NIMBET_DB_API uint32_t NIMBET_DB_GetNextGroup6Sess(NIMBET_DB_ITER_INFO *iter, NIMBET_DB_GROUP6_SESS_ENTRY *entry) {
-    return S::next(iter, entry);
-}
-NIMBET_DB_API void NIMBET_DB_ReleaseGroup6SessIterator(NIMBET_DB_ITER_INFO *iter) { S::release_walk(iter); }
+NIMBET_SESSION_ENTRIES(S, NIMBET_DB_GROUP6_SESS_ENTRY,
+    NIMBET_DB_SetEntryKeyGroup6,
+    SESSION_SetGroup6ItemLite,
+    NIMBET_DB_WriteEntryGroup6,
+    NIMBET_DB_GetGroup6Sess,
+    NIMBET_DB_GetGroup6SessByObject,
+    NIMBET_DB_ReadEntryGroup6,
+    NIMBET_DB_DeleteEntryGroup6)
+NIMBET_SESSION_WALK_ENTRIES(S, NIMBET_DB_GROUP6_SESS_ENTRY,
+    NIMBET_DB_CreatGroup6SessIterator,
+    NIMBET_DB_GetNextGroup6Sess,
+    NIMBET_DB_ReleaseGroup6SessIterator)
 
 }  // extern "C"

@@ -92,25 +92,17 @@ using nimbet::session::S;
 
 extern "C" {
 
-NIMBET_DB_API void NIMBET_DB_SetEntryKeyInet(NIMBET_DB_INET_SESS_ENTRY *dst, const NIMBET_DB_INET_SESS_ENTRY *src) {
-    S::copy_key(dst, src);
-}
-NIMBET_DB_API void SESSION_SetInetItemLite(const NIMBET_DB_INET_SESS_ENTRY *entry, uint8_t *rowImage) {
-    S::fill(entry, rowImage);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_WriteEntryInet(const NIMBET_DB_INET_SESS_ENTRY *entry) { return S::write(entry); }
-NIMBET_DB_API void NIMBET_DB_GetInetSess(const uint8_t *rowImage, NIMBET_DB_INET_SESS_ENTRY *entry) {
-    S::get(rowImage, entry);
-}
-NIMBET_DB_API void NIMBET_DB_GetInetSessByObject(uint32_t dbObject, NIMBET_DB_INET_SESS_ENTRY *entry) {
-    S::by_object(dbObject, entry);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_ReadEntryInet(NIMBET_DB_INET_SESS_ENTRY *entry) { return S::read(entry); }
-NIMBET_DB_API uint32_t NIMBET_DB_DeleteEntryInet(const NIMBET_DB_INET_SESS_ENTRY *entry) { return S::remove(entry); }
-NIMBET_DB_API NIMBET_DB_ITER_INFO *NIMBET_DB_CreatInetSessIterator(void) { return S::create_walk(); }
-NIMBET_DB_API uint32_t NIMBET_DB_GetNextInetSess(NIMBET_DB_ITER_INFO *iter, NIMBET_DB_INET_SESS_ENTRY *entry) {
-    return S::next(iter, entry);
-}
-NIMBET_DB_API void NIMBET_DB_ReleaseInetSessIterator(NIMBET_DB_ITER_INFO *iter) { S::release_walk(iter); }
+NIMBET_SESSION_ENTRIES(S, NIMBET_DB_INET_SESS_ENTRY,
+    NIMBET_DB_SetEntryKeyInet,
+    SESSION_SetInetItemLite,
+    NIMBET_DB_WriteEntryInet,
+    NIMBET_DB_GetInetSess,
+    NIMBET_DB_GetInetSessByObject,
+    NIMBET_DB_ReadEntryInet,
+    NIMBET_DB_DeleteEntryInet)
+NIMBET_SESSION_WALK_ENTRIES(S, NIMBET_DB_INET_SESS_ENTRY,
+    NIMBET_DB_CreatInetSessIterator,
+    NIMBET_DB_GetNextInetSess,
+    NIMBET_DB_ReleaseInetSessIterator)
 
 }  // extern "C"

@@ -114,25 +114,17 @@ using nimbet::session::S;
 
 extern "C" {
 
-NIMBET_DB_API void NIMBET_DB_SetEntryKeyInet6(NIMBET_DB_INET6_SESS_ENTRY *dst, const NIMBET_DB_INET6_SESS_ENTRY *src) {
-    S::copy_key(dst, src);
-}
-NIMBET_DB_API void SESSION_SetInet6ItemLite(const NIMBET_DB_INET6_SESS_ENTRY *entry, uint8_t *rowImage) {
-    S::fill(entry, rowImage);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_WriteEntryInet6(const NIMBET_DB_INET6_SESS_ENTRY *entry) { return S::write(entry); }
-NIMBET_DB_API void NIMBET_DB_GetInet6Sess(const uint8_t *rowImage, NIMBET_DB_INET6_SESS_ENTRY *entry) {
-    S::get(rowImage, entry);
-}
-NIMBET_DB_API void NIMBET_DB_GetInet6ByObject(uint32_t dbObject, NIMBET_DB_INET6_SESS_ENTRY *entry) {
-    S::by_object(dbObject, entry);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_ReadEntryInet6(NIMBET_DB_INET6_SESS_ENTRY *entry) { return S::read(entry); }
-NIMBET_DB_API uint32_t NIMBET_DB_DeleteEntryInet6(const NIMBET_DB_INET6_SESS_ENTRY *entry) { return S::remove(entry); }
-NIMBET_DB_API NIMBET_DB_ITER_INFO *NIMBET_DB_CreatInet6SessIterator(void) { return S::create_walk(); }
-NIMBET_DB_API uint32_t NIMBET_DB_GetNextInet6Sess(NIMBET_DB_ITER_INFO *iter, NIMBET_DB_INET6_SESS_ENTRY *entry) {
-    return S::next(iter, entry);
-}
-NIMBET_DB_API void NIMBET_DB_ReleaseInet6SessIterator(NIMBET_DB_ITER_INFO *iter) { S::release_walk(iter); }
+NIMBET_SESSION_ENTRIES(S, NIMBET_DB_INET6_SESS_ENTRY,
+    NIMBET_DB_SetEntryKeyInet6,
+    SESSION_SetInet6ItemLite,
+    NIMBET_DB_WriteEntryInet6,
+    NIMBET_DB_GetInet6Sess,
+    NIMBET_DB_GetInet6ByObject,
+    NIMBET_DB_ReadEntryInet6,
+    NIMBET_DB_DeleteEntryInet6)
+NIMBET_SESSION_WALK_ENTRIES(S, NIMBET_DB_INET6_SESS_ENTRY,
+    NIMBET_DB_CreatInet6SessIterator,
+    NIMBET_DB_GetNextInet6Sess,
+    NIMBET_DB_ReleaseInet6SessIterator)
 
 }  // extern "C"

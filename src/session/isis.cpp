@@ -87,25 +87,17 @@ using nimbet::session::S;
 
 extern "C" {
 
-NIMBET_DB_API void NIMBET_DB_SetEntryKeyIsis(NIMBET_DB_ISIS_SESS_ENTRY *dst, const NIMBET_DB_ISIS_SESS_ENTRY *src) {
-    S::copy_key(dst, src);
-}
-NIMBET_DB_API void SESSION_SetIsisItemLite(const NIMBET_DB_ISIS_SESS_ENTRY *entry, uint8_t *rowImage) {
-    S::fill(entry, rowImage);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_WriteEntryIsis(const NIMBET_DB_ISIS_SESS_ENTRY *entry) { return S::write(entry); }
-NIMBET_DB_API void NIMBET_DB_GetIsisSess(const uint8_t *rowImage, NIMBET_DB_ISIS_SESS_ENTRY *entry) {
-    S::get(rowImage, entry);
-}
-NIMBET_DB_API void NIMBET_DB_GetIsisByObject(uint32_t dbObject, NIMBET_DB_ISIS_SESS_ENTRY *entry) {
-    S::by_object(dbObject, entry);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_ReadEntryIsis(NIMBET_DB_ISIS_SESS_ENTRY *entry) { return S::read(entry); }
-NIMBET_DB_API uint32_t NIMBET_DB_DeleteEntryIsis(const NIMBET_DB_ISIS_SESS_ENTRY *entry) { return S::remove(entry); }
-NIMBET_DB_API NIMBET_DB_ITER_INFO *NIMBET_DB_CreatIsisSessIterator(void) { return S::create_walk(); }
-NIMBET_DB_API uint32_t NIMBET_DB_GetNextIsisSess(NIMBET_DB_ITER_INFO *iter, NIMBET_DB_ISIS_SESS_ENTRY *entry) {
-    return S::next(iter, entry);
-}
-NIMBET_DB_API void NIMBET_DB_ReleaseIsisSessIterator(NIMBET_DB_ITER_INFO *iter) { S::release_walk(iter); }
+NIMBET_SESSION_ENTRIES(S, NIMBET_DB_ISIS_SESS_ENTRY,
+    NIMBET_DB_SetEntryKeyIsis,
+    SESSION_SetIsisItemLite,
+    NIMBET_DB_WriteEntryIsis,
+    NIMBET_DB_GetIsisSess,
+    NIMBET_DB_GetIsisByObject,
+    NIMBET_DB_ReadEntryIsis,
+    NIMBET_DB_DeleteEntryIsis)
+NIMBET_SESSION_WALK_ENTRIES(S, NIMBET_DB_ISIS_SESS_ENTRY,
+    NIMBET_DB_CreatIsisSessIterator,
+    NIMBET_DB_GetNextIsisSess,
+    NIMBET_DB_ReleaseIsisSessIterator)
 
 }  // extern "C"

@@ -107,20 +107,13 @@ using nimbet::session::S;
 
 extern "C" {
 
-NIMBET_DB_API void NIMBET_DB_SetEntryKeyPing(NIMBET_DB_PING_SESS_ENTRY *dst, const NIMBET_DB_PING_SESS_ENTRY *src) {
-    S::copy_key(dst, src);
-}
-NIMBET_DB_API void SESSION_SetPingItemLite(const NIMBET_DB_PING_SESS_ENTRY *entry, uint8_t *rowImage) {
-    S::fill(entry, rowImage);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_WriteEntryPing(const NIMBET_DB_PING_SESS_ENTRY *entry) { return S::write(entry); }
-NIMBET_DB_API void NIMBET_DB_GetPingSess(const uint8_t *rowImage, NIMBET_DB_PING_SESS_ENTRY *entry) {
-    S::get(rowImage, entry);
-}
-NIMBET_DB_API void NIMBET_DB_GetPingSessByObject(uint32_t dbObject, NIMBET_DB_PING_SESS_ENTRY *entry) {
-    S::by_object(dbObject, entry);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_ReadEntryPing(NIMBET_DB_PING_SESS_ENTRY *entry) { return S::read(entry); }
-NIMBET_DB_API uint32_t NIMBET_DB_DeleteEntryPing(const NIMBET_DB_PING_SESS_ENTRY *entry) { return S::remove(entry); }
+NIMBET_SESSION_ENTRIES(S, NIMBET_DB_PING_SESS_ENTRY,
+    NIMBET_DB_SetEntryKeyPing,
+    SESSION_SetPingItemLite,
+    NIMBET_DB_WriteEntryPing,
+    NIMBET_DB_GetPingSess,
+    NIMBET_DB_GetPingSessByObject,
+    NIMBET_DB_ReadEntryPing,
+    NIMBET_DB_DeleteEntryPing)
 
 }  // extern "C"

@@ -49,6 +49,22 @@ struct Session : ImageTable<K> {
     }
 };
 
+// The exported entries of a kind: thin named calls into Session<K>.
+#define NIMBET_SESSION_ENTRIES(S, Entry, SetEntryKey, SetItemLite, WriteEntry, GetSess, GetByObject, ReadEntry,     \
+                               DeleteEntry)                                                                         \
+    NIMBET_DB_API void SetEntryKey(Entry *dst, const Entry *src) { S::copy_key(dst, src); }                          \
+    NIMBET_DB_API void SetItemLite(const Entry *entry, uint8_t *rowImage) { S::fill(entry, rowImage); }              \
+    NIMBET_DB_API uint32_t WriteEntry(const Entry *entry) { return S::write(entry); }                                \
+    NIMBET_DB_API void GetSess(const uint8_t *rowImage, Entry *entry) { S::get(rowImage, entry); }                   \
+    NIMBET_DB_API void GetByObject(uint32_t dbObject, Entry *entry) { S::by_object(dbObject, entry); }              \
+    NIMBET_DB_API uint32_t ReadEntry(Entry *entry) { return S::read(entry); }                                         \
+    NIMBET_DB_API uint32_t DeleteEntry(const Entry *entry) { return S::remove(entry); }
+
+#define NIMBET_SESSION_WALK_ENTRIES(S, Entry, CreateIterator, GetNext, ReleaseIterator)                             \
+    NIMBET_DB_API NIMBET_DB_ITER_INFO *CreateIterator(void) { return S::create_walk(); }                              \
+    NIMBET_DB_API uint32_t GetNext(NIMBET_DB_ITER_INFO *iter, Entry *entry) { return S::next(iter, entry); }         \
+    NIMBET_DB_API void ReleaseIterator(NIMBET_DB_ITER_INFO *iter) { S::release_walk(iter); }
+
 // What every session kind shares.
 struct SessionDefaults : ImageTableDefaults {
     static constexpr uint32_t *counters = g_nimbetSessionCnt;

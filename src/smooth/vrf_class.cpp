@@ -14,21 +14,99 @@ constexpr unsigned kStateReadOpen = 0, kStateReadRelease = 1, kWriteOpen = 2, kS
 
 constexpr uint32_t kStateKeyDesc = 0x00010008u, kDataKeyDesc = 0x00010010u, kDataWalkKeyDesc = 0x01090008u;
 
-uint32_t get_state(DB_HANDLE h, NIMBET_DB_VRF_CLASS_STATE_ENTRY *r) {
-    uint32_t s = db_get_vrf_class_state_producer_pid(h, &r->producerPid);
-    s |= db_get_vrf_class_state_table_id(h, &r->tableId);
-    s |= db_get_vrf_class_state_vrf_state_machine(h, &r->vrfStateMachine);
-    s |= db_get_vrf_class_state_vrf_state_version(h, &r->vrfStateVersion);
-    return s;
-}
+// The two class tables are written and read field by field with the same
+// steps; a table supplies its accessors, key, messages and counter slots.
+template <class T>
+struct ClassTable {
+    using Entry = typename T::Entry;
 
-uint32_t set_state(DB_HANDLE h, const NIMBET_DB_VRF_CLASS_STATE_ENTRY *r) {
-    uint32_t s = db_set_vrf_class_state_producer_pid(h, r->producerPid);
-    s |= db_set_vrf_class_state_table_id(h, r->tableId);
-    s |= db_set_vrf_class_state_vrf_state_machine(h, r->vrfStateMachine);
-    s |= db_set_vrf_class_state_vrf_state_version(h, r->vrfStateVersion);
-    return s;
-}
+    static uint32_t read(Entry *rec) {
+        if (rec == nullptr) return NIMBET_DB_ERR;
+        DB_HANDLE h = 0;
+        uint32_t s = T::create(DB_OPEN_READ, 0, &h);
+        if (s != 0) {
+            T::log_read_open(s, *rec);
+            return NIMBET_DB_ERR;
+        }
+        bump(g_nimbetSmoothCnt, T::slotReadOpen);
+        uint8_t key[T::keyLen];
+        T::put_key(*rec, key);
+        s = db_read_obj(h, &T::keyDesc, key);
+        uint32_t result = NIMBET_DB_ERR;
+        if (s == 0) {
+            T::get(h, rec);  // a failed field shows in its message only: the row was found
+            result = NIMBET_DB_OK;
+        } else if (s != DB_RET_NO_RECORD) {
+            log_err(T::msgRead, s);
+            NIMBET_DB_RecordErrStat(T::stat, DB_ERR_READ);
+        }
+        T::release(h);
+        bump(g_nimbetSmoothCnt, T::slotReadRelease);
+        return result;
+    }
+
+    static uint32_t write(const Entry *rec) {
+        if (rec == nullptr) return NIMBET_DB_ERR;
+        DB_HANDLE h = 0;
+        uint32_t s = T::create(DB_OPEN_WRITE, 0, &h);
+        if (s != 0) {
+            log_err(T::msgOpen, s);
+            return NIMBET_DB_ERR;
+        }
+        bump(g_nimbetSmoothCnt, kWriteOpen);
+        s = T::set(h, *rec);
+        if (s != 0) {
+            T::release(h);  // not counted: nothing was written
+            log_err(T::msgSet, s);
+            return NIMBET_DB_ERR;
+        }
+        s = db_write_obj(h);
+        T::release(h);
+        bump(g_nimbetSmoothCnt, T::slotWriteRelease);
+        if (tolerated_ok(s, T::stat)) return NIMBET_DB_OK;
+        log_err(T::msgWrite, s);
+        NIMBET_DB_RecordErrStat(T::stat, DB_ERR_WRITE);
+        return NIMBET_DB_ERR;
+    }
+};
+
+struct State {
+    using Entry = NIMBET_DB_VRF_CLASS_STATE_ENTRY;
+    static constexpr auto create = db_create_vrf_class_state_obj;
+    static constexpr auto release = db_release_vrf_class_state_object;
+    static constexpr uint32_t keyLen = 8, keyDesc = kStateKeyDesc, stat = DB_STAT_VRF_CLASS_STATE;
+    static constexpr unsigned slotReadOpen = kStateReadOpen, slotReadRelease = kStateReadRelease,
+                              slotWriteRelease = kStateWriteRelease;
+
+    static void put_key(const Entry &r, uint8_t *k) {
+        put_le32(k, r.tableId);
+        put_le32(k + 4, r.producerPid);
+    }
+    static uint32_t set(DB_HANDLE h, const Entry &r) {
+        uint32_t s = db_set_vrf_class_state_producer_pid(h, r.producerPid);
+        s |= db_set_vrf_class_state_table_id(h, r.tableId);
+        s |= db_set_vrf_class_state_vrf_state_machine(h, r.vrfStateMachine);
+        s |= db_set_vrf_class_state_vrf_state_version(h, r.vrfStateVersion);
+        return s;
+    }
+    static void get(DB_HANDLE h, Entry *r) {
+        uint32_t s = db_get_vrf_class_state_producer_pid(h, &r->producerPid);
+        s |= db_get_vrf_class_state_table_id(h, &r->tableId);
+        s |= db_get_vrf_class_state_vrf_state_machine(h, &r->vrfStateMachine);
+        s |= db_get_vrf_class_state_vrf_state_version(h, &r->vrfStateVersion);
+        if (s != 0)
+            log_err("DB get vrf class state failed, ret = %d, tableId = %u, state = %u.", s, r->tableId,
+                    uint32_t{r->vrfStateMachine});
+    }
+    static void log_read_open(uint32_t s, const Entry &r) {
+        log_err("Get create vrf class state obj failed. ret = %d, tableId = %u, state = %u.", s, r.tableId,
+                uint32_t{r.vrfStateMachine});
+    }
+    static constexpr const char *msgOpen = "Get create vrf class state obj fail. ret = %d";
+    static constexpr const char *msgSet = "DB set vrf class state fail, ret = %d.";
+    static constexpr const char *msgRead = "Get vrf class state db fail. ret = %d";
+    static constexpr const char *msgWrite = "Write vrf class state db fail. ret = %d";
+};
 
 // The ten fields of vrf_class_data, in record order.
 #define NIMBET_VRF_CLASS_DATA_FIELDS(X)                                                                             \
@@ -36,33 +114,47 @@ uint32_t set_state(DB_HANDLE h, const NIMBET_DB_VRF_CLASS_STATE_ENTRY *r) {
     X(topology_id, topologyId) X(vrf_state, vrfState) X(vrf_data_machine, vrfDataMachine)                         \
     X(vrf_state_version, vrfStateVersion) X(vrf_data_version, vrfDataVersion) X(smooth_flag, smoothFlag)
 
-uint32_t set_data(DB_HANDLE h, const NIMBET_DB_VRF_CLASS_DATA_ENTRY *r) {
-    uint32_t s = 0;
-#define SET(db, rec) s |= db_set_vrf_class_data_##db(h, r->rec);
-    NIMBET_VRF_CLASS_DATA_FIELDS(SET)
+struct Data {
+    using Entry = NIMBET_DB_VRF_CLASS_DATA_ENTRY;
+    static constexpr auto create = db_create_vrf_class_data_obj;
+    static constexpr auto release = db_release_vrf_class_data_object;
+    static constexpr uint32_t keyLen = 16, keyDesc = kDataKeyDesc, stat = DB_STAT_VRF_CLASS_DATA;
+    // One pair of slots for read, remove and the write's release (5, not 3).
+    static constexpr unsigned slotReadOpen = kDataOpen, slotReadRelease = kDataRelease, slotWriteRelease = kDataRelease;
+
+    static void put_key(const Entry &r, uint8_t *k) {
+        put_le32(k + 0, r.tableId);
+        put_le32(k + 4, r.producerPid);
+        put_le32(k + 8, r.vrId);
+        put_le32(k + 12, r.vrfIndex);
+    }
+    static uint32_t set(DB_HANDLE h, const Entry &r) {
+        uint32_t s = 0;
+#define SET(db, rec) s |= db_set_vrf_class_data_##db(h, r.rec);
+        NIMBET_VRF_CLASS_DATA_FIELDS(SET)
 #undef SET
-    return s;
-}
+        return s;
+    }
+    static void get(DB_HANDLE h, Entry *r) { NIMBET_DB_GetVrfClassStateItem(h, r); }
+    static void log_read_open(uint32_t s, const Entry &) { log_err(msgOpen, s); }
+    static constexpr const char *msgOpen = "Get create vrf class data obj fail. ret = %d";
+    static constexpr const char *msgSet = "DB set vrf class data fail, ret = %d.";
+    static constexpr const char *msgRead = "Get vrf class data db fail. ret = %d";
+    static constexpr const char *msgWrite = "Write vrf class data db fail. ret = %d";
+};
 
 // The walk over one (table id, producer PID): its step failures count
 // under the state table's id.
-constexpr nimbet::Walk kDataWalk = {.create = db_create_vrf_class_data_obj,
-                                    .release = db_release_vrf_class_data_object,
-                                    .stat = DB_STAT_VRF_CLASS_STATE,
-                                    .msgCreateFail = nullptr,
-                                    .msgNext = "Get next vrf class state db fail. ret = %d",
-                                    .msgRead = nullptr,
-                                    .counters = g_nimbetSmoothCnt,
-                                    .slotCreate = kDataIterCreate,
-                                    .slotRelease = kDataIterRelease,
-                                    .msgKeyedOpen = "Get create vrf class data obj fail. ret = %d"};
-
-void data_key(const NIMBET_DB_VRF_CLASS_DATA_ENTRY *r, uint8_t *k) {
-    put_le32(k + 0, r->tableId);
-    put_le32(k + 4, r->producerPid);
-    put_le32(k + 8, r->vrId);
-    put_le32(k + 12, r->vrfIndex);
-}
+constexpr Walk kDataWalk = {.create = db_create_vrf_class_data_obj,
+                            .release = db_release_vrf_class_data_object,
+                            .stat = DB_STAT_VRF_CLASS_STATE,
+                            .msgCreateFail = nullptr,
+                            .msgNext = "Get next vrf class state db fail. ret = %d",
+                            .msgRead = nullptr,
+                            .counters = g_nimbetSmoothCnt,
+                            .slotCreate = kDataIterCreate,
+                            .slotRelease = kDataIterRelease,
+                            .msgKeyedOpen = Data::msgOpen};
 
 }  // namespace
 }  // namespace nimbet::smooth
@@ -76,58 +168,11 @@ extern "C" {
 // ---------------------------------------------------------------- vrf_class_state
 
 NIMBET_DB_API uint32_t NIMBET_DB_ReadClassItem(NIMBET_DB_VRF_CLASS_STATE_ENTRY *entry) {
-    if (entry == nullptr) return NIMBET_DB_ERR;
-    DB_HANDLE h = 0;
-    uint32_t s = db_create_vrf_class_state_obj(DB_OPEN_READ, 0, &h);
-    if (s != 0) {
-        log_err("Get create vrf class state obj failed. ret = %d, tableId = %u, state = %u.", s, entry->tableId,
-                uint32_t{entry->vrfStateMachine});
-        return NIMBET_DB_ERR;
-    }
-    bump(g_nimbetSmoothCnt, kStateReadOpen);
-    uint8_t key[8];
-    nimbet::put_le32(key, entry->tableId);
-    nimbet::put_le32(key + 4, entry->producerPid);
-    s = db_read_obj(h, &kStateKeyDesc, key);
-    uint32_t result = NIMBET_DB_ERR;
-    if (s == 0) {
-        // A failed field shows in its message only: the row was found.
-        const uint32_t g = get_state(h, entry);
-        if (g != 0)
-            log_err("DB get vrf class state failed, ret = %d, tableId = %u, state = %u.", g, entry->tableId,
-                    uint32_t{entry->vrfStateMachine});
-        result = NIMBET_DB_OK;
-    } else if (s != DB_RET_NO_RECORD) {
-        log_err("Get vrf class state db fail. ret = %d", s);
-        NIMBET_DB_RecordErrStat(DB_STAT_VRF_CLASS_STATE, DB_ERR_READ);
-    }
-    db_release_vrf_class_state_object(h);
-    bump(g_nimbetSmoothCnt, kStateReadRelease);
-    return result;
+    return ClassTable<State>::read(entry);
 }
 
 NIMBET_DB_API uint32_t NIMBET_DB_WriteClassItem(const NIMBET_DB_VRF_CLASS_STATE_ENTRY *entry) {
-    if (entry == nullptr) return NIMBET_DB_ERR;
-    DB_HANDLE h = 0;
-    uint32_t s = db_create_vrf_class_state_obj(DB_OPEN_WRITE, 0, &h);
-    if (s != 0) {
-        log_err("Get create vrf class state obj fail. ret = %d", s);
-        return NIMBET_DB_ERR;
-    }
-    bump(g_nimbetSmoothCnt, kWriteOpen);
-    s = set_state(h, entry);
-    if (s != 0) {
-        db_release_vrf_class_state_object(h);  // not counted: nothing was written
-        log_err("DB set vrf class state fail, ret = %d.", s);
-        return NIMBET_DB_ERR;
-    }
-    s = db_write_obj(h);
-    db_release_vrf_class_state_object(h);
-    bump(g_nimbetSmoothCnt, kStateWriteRelease);
-    if (nimbet::tolerated_ok(s, DB_STAT_VRF_CLASS_STATE)) return NIMBET_DB_OK;
-    log_err("Write vrf class state db fail. ret = %d", s);
-    NIMBET_DB_RecordErrStat(DB_STAT_VRF_CLASS_STATE, DB_ERR_WRITE);
-    return NIMBET_DB_ERR;
+    return ClassTable<State>::write(entry);
 }
 
 // ---------------------------------------------------------------- vrf_class_data
@@ -151,52 +196,11 @@ NIMBET_DB_API void NIMBET_DB_GetVrfClassStateItem(DB_HANDLE dbHandle, NIMBET_DB_
 }
 
 NIMBET_DB_API uint32_t NIMBET_DB_WriteVrfClassState(const NIMBET_DB_VRF_CLASS_DATA_ENTRY *entry) {
-    if (entry == nullptr) return NIMBET_DB_ERR;
-    DB_HANDLE h = 0;
-    uint32_t s = db_create_vrf_class_data_obj(DB_OPEN_WRITE, 0, &h);
-    if (s != 0) {
-        log_err("Get create vrf class data obj fail. ret = %d", s);
-        return NIMBET_DB_ERR;
-    }
-    bump(g_nimbetSmoothCnt, kWriteOpen);
-    s = set_data(h, entry);
-    if (s != 0) {
-        db_release_vrf_class_data_object(h);  // not counted: nothing was written
-        log_err("DB set vrf class data fail, ret = %d.", s);
-        return NIMBET_DB_ERR;
-    }
-    s = db_write_obj(h);
-    db_release_vrf_class_data_object(h);
-    bump(g_nimbetSmoothCnt, kDataRelease);  // slot 5, not the state table's 3
-    if (nimbet::tolerated_ok(s, DB_STAT_VRF_CLASS_DATA)) return NIMBET_DB_OK;
-    log_err("Write vrf class data db fail. ret = %d", s);
-    NIMBET_DB_RecordErrStat(DB_STAT_VRF_CLASS_DATA, DB_ERR_WRITE);
-    return NIMBET_DB_ERR;
+    return ClassTable<Data>::write(entry);
 }
 
 NIMBET_DB_API uint32_t NIMBET_DB_ReadVrfClassState(NIMBET_DB_VRF_CLASS_DATA_ENTRY *entry) {
-    if (entry == nullptr) return NIMBET_DB_ERR;
-    DB_HANDLE h = 0;
-    uint32_t s = db_create_vrf_class_data_obj(DB_OPEN_READ, 0, &h);
-    if (s != 0) {
-        log_err("Get create vrf class data obj fail. ret = %d", s);
-        return NIMBET_DB_ERR;
-    }
-    bump(g_nimbetSmoothCnt, kDataOpen);
-    uint8_t key[16];
-    data_key(entry, key);
-    s = db_read_obj(h, &kDataKeyDesc, key);
-    uint32_t result = NIMBET_DB_ERR;
-    if (s == 0) {
-        NIMBET_DB_GetVrfClassStateItem(h, entry);
-        result = NIMBET_DB_OK;
-    } else if (s != DB_RET_NO_RECORD) {
-        log_err("Get vrf class data db fail. ret = %d", s);
-        NIMBET_DB_RecordErrStat(DB_STAT_VRF_CLASS_DATA, DB_ERR_READ);
-    }
-    db_release_vrf_class_data_object(h);
-    bump(g_nimbetSmoothCnt, kDataRelease);
-    return result;
+    return ClassTable<Data>::read(entry);
 }
 
 NIMBET_DB_API uint32_t NIMBET_DB_DeleteVrfClassState(const NIMBET_DB_VRF_CLASS_DATA_ENTRY *entry) {
@@ -204,12 +208,12 @@ NIMBET_DB_API uint32_t NIMBET_DB_DeleteVrfClassState(const NIMBET_DB_VRF_CLASS_D
     DB_HANDLE h = 0;
     uint32_t s = db_create_vrf_class_data_obj(DB_OPEN_REMOVE, 0, &h);
     if (s != 0) {
-        log_err("Get create vrf class data obj fail. ret = %d", s);
+        log_err(Data::msgOpen, s);
         return NIMBET_DB_ERR;
     }
     bump(g_nimbetSmoothCnt, kDataOpen);
     uint8_t key[16];
-    data_key(entry, key);
+    Data::put_key(*entry, key);
     s = db_remove_obj(h, &kDataKeyDesc, key);
     db_release_vrf_class_data_object(h);
     bump(g_nimbetSmoothCnt, kDataRelease);
