@@ -164,7 +164,7 @@ private:
                               kRemoveRelease = 5;
 
     static void count(unsigned slot) {
-        if constexpr (T::counters != nullptr) bump(T::counters, slot);
+        if (T::counters != nullptr) bump(T::counters, slot);
     }
     static uint32_t null_arg(const char *msg) {
         if (msg != nullptr) log_err(msg);
