@@ -275,7 +275,8 @@ void remove_row(Table &t, uint32_t slot) noexcept {
     --t.rows;
 }
 
-// Insert a new row, or replace the row at `slot` (same primary key).
+// Insert a new row, or replace the row at `slot` (same primary key). A null
+// list leaves the child list of a replaced row as it is.
 void put_row(Table &t, uint32_t slot, const uint8_t *image, const std::vector<uint8_t> *list) {
     const TableDesc &d = *t.d;
     const bool fresh = slot == FlatIndex::kEmpty;
@@ -294,13 +295,21 @@ void put_row(Table &t, uint32_t slot, const uint8_t *image, const std::vector<ui
         if (t.all.e.size() == t.all.e.capacity()) t.all.e.reserve(std::max<size_t>(16, t.all.e.capacity() * 2));
     }
     Prepared p;
-    for (unsigned i = 0; i < d.nindexes; ++i) {
-        extract_key(image, d.indexes[i], p.keys[i]);
-        p.move[i] = fresh || !row_key_equals(t.row(target), d.indexes[i], p.keys[i]);
-        if (p.move[i]) p.bucket[i] = prepare_bucket(t, i, p.keys[i]);
-    }
+    std::fill_n(p.bucket, kMaxIndexes, kDead);
     std::vector<uint8_t> newList;
-    if (d.list && list) newList = *list;
+    try {
+        for (unsigned i = 0; i < d.nindexes; ++i) {
+            extract_key(image, d.indexes[i], p.keys[i]);
+            p.move[i] = fresh || !row_key_equals(t.row(target), d.indexes[i], p.keys[i]);
+            if (p.move[i]) p.bucket[i] = prepare_bucket(t, i, p.keys[i]);
+        }
+        if (d.list && list) newList = *list;
+    } catch (...) {
+        // Buckets made for this row alone would stay empty in the index.
+        for (unsigned i = 0; i < d.nindexes; ++i)
+            if (p.bucket[i] != kDead) drop_bucket_if_empty(t, i, p.bucket[i]);
+        throw;
+    }
 
     // Commit: nothing below allocates.
     if (fresh) t.freeSlots.pop_back();
@@ -316,7 +325,7 @@ void put_row(Table &t, uint32_t slot, const uint8_t *image, const std::vector<ui
         list_append(t, t.idx[i].buckets[p.bucket[i]], target, 1 + i);
     }
     std::memcpy(t.row(target), image, d.rowLen);
-    if (d.list) t.lists[target].swap(newList);
+    if (d.list && list) t.lists[target].swap(newList);  // an update keeps the row's child list
     if (fresh) {
         uint8_t key[kMaxKeyLen];
         extract_key(image, d.primary, key);

@@ -15,8 +15,20 @@ void fill_bytes(uint8_t *b, size_t n, uint32_t seed) {
 void make_inet(void *p, uint32_t s) {
     auto &r = as<NIMBET_DB_INET_SESS_ENTRY>(p);
     std::memset(&r, 0, sizeof r);
-    r = {s, 100 + s, 2, 3, 0x0A000001u + s, 0x0B000001u, static_cast<uint16_t>(1000 + s), 179, 6,
-         0x11111111u, 0x22222222u, 0x33333333u, 0x44444444u + s};
+    // Field by field: assigning a braced record would copy indeterminate padding.
+    r.sockId = s;
+    r.hPid = 100 + s;
+    r.vrId = 2;
+    r.vrfId = 3;
+    r.srcIp = 0x0A000001u + s;
+    r.dstIp = 0x0B000001u;
+    r.srcPort = static_cast<uint16_t>(1000 + s);
+    r.dstPort = 179;
+    r.protocol = 6;
+    r.attr1 = 0x11111111u;
+    r.attr2 = 0x22222222u;
+    r.attr3 = 0x33333333u;
+    r.attr4 = 0x44444444u + s;
 }
 void make_inet6(void *p, uint32_t s) {
     auto &r = as<NIMBET_DB_INET6_SESS_ENTRY>(p);
@@ -64,7 +76,17 @@ void make_ping(void *p, uint32_t s) {
 void make_group(void *p, uint32_t s) {
     auto &r = as<NIMBET_DB_GROUP_SESS_ENTRY>(p);
     std::memset(&r, 0, sizeof r);
-    r = {s, 0xE0, 17, static_cast<uint16_t>(520 + s), 40 + s, 0xABCD, 0xC0A80001u, 2, 3, 4, 5 + s};
+    r.sockId = s;
+    r.groupIp = 0xE0;
+    r.protocol = 17;
+    r.srcPort = static_cast<uint16_t>(520 + s);
+    r.ifIndex = 40 + s;
+    r.attr1 = 0xABCD;
+    r.srcAddr = 0xC0A80001u;
+    r.attr2 = 2;
+    r.attr3 = 3;
+    r.attr4 = 4;
+    r.attr5 = 5 + s;
 }
 void make_group6(void *p, uint32_t s) {
     auto &r = as<NIMBET_DB_GROUP6_SESS_ENTRY>(p);
