@@ -29,6 +29,7 @@ inline uint64_t load_u64(const uint8_t *p) {
 inline uint64_t hash_bytes(const uint8_t *p, size_t n) {
     constexpr uint64_t k0 = 0x9E3779B97F4A7C15ull;
     constexpr uint64_t k1 = 0xC2B2AE3D27D4EB4Full;
+    const size_t total = n;
     uint64_t h = k1 ^ (n * k0);
     while (n >= 8) {
         h = mix64(h ^ load_u64(p), k0);
@@ -36,8 +37,15 @@ inline uint64_t hash_bytes(const uint8_t *p, size_t n) {
         n -= 8;
     }
     if (n > 0) {
+        // The tail in a register: an 8-byte load ending at the key's last
+        // byte, shifted down; a copy of a run-time length would go through
+        // memory and stall the lookups that follow.
         uint64_t t = 0;
-        std::memcpy(&t, p, n);
+        if (total >= 8) {
+            t = load_u64(p + n - 8) >> (64 - 8 * n);
+        } else {
+            for (size_t i = 0; i < n; ++i) t |= static_cast<uint64_t>(p[i]) << (8 * i);
+        }
         h = mix64(h ^ t, k1);
     }
     return mix64(h, k0);

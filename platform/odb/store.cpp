@@ -43,13 +43,15 @@ struct Rule {
 };
 constexpr int kItemBase = 1000;
 
+// Counting (calls, rows examined) starts with the first use of a test
+// hook, so a host that never uses them pays one relaxed load per call.
 struct Hooks {
     std::mutex mu;
     std::vector<Rule> rules;
     std::atomic<bool> any{false};
+    std::atomic<bool> counting{false};
     std::atomic<uint64_t> calls[DB_OP_NUM][kMaxTables + 1] = {};
     std::atomic<uint32_t> allocCountdown{0};
-    std::atomic<uint64_t> liveObjects{0};
 };
 
 Hooks &hooks() {
@@ -60,6 +62,7 @@ Hooks &hooks() {
 // Counts the call and answers an injected status (0: perform the call).
 uint32_t hook(DB_TEST_OP op, unsigned table, int field = -1) {
     Hooks &h = hooks();
+    if (!h.counting.load(std::memory_order_relaxed)) return 0;
     h.calls[op][table < kMaxTables ? table : kNoTable].fetch_add(1, std::memory_order_relaxed);
     if (!h.any.load(std::memory_order_acquire)) return 0;
     std::lock_guard<std::mutex> lock(h.mu);
@@ -94,6 +97,7 @@ struct Entry {
 
 struct WalkList {
     std::vector<Entry> e;
+    uint32_t head = 0;  // entries before it are all dead: walks start here
     uint32_t live = 0;
     uint64_t epoch = 0;  // changes whenever positions change (compaction, new list)
     uint64_t birth = 0;  // 0: free bucket
@@ -101,8 +105,6 @@ struct WalkList {
 };
 
 struct RowMeta {
-    uint32_t gen = 0;
-    bool live = false;
     uint32_t pos[1 + kMaxIndexes] = {};  // position in the table list, then per index
     uint32_t bucket[kMaxIndexes] = {};
 };
@@ -129,9 +131,24 @@ struct Table {
     uint64_t rows = 0;
     std::atomic<uint64_t> examined{0};
 
-    uint8_t *row(uint32_t slot) { return pool.data() + static_cast<size_t>(slot) * d->rowLen; }
-    const uint8_t *row(uint32_t slot) const { return pool.data() + static_cast<size_t>(slot) * d->rowLen; }
-    void count(uint64_t n) const { const_cast<std::atomic<uint64_t> &>(examined).fetch_add(n, std::memory_order_relaxed); }
+    // Each row is preceded by an 8-byte header holding its generation and
+    // liveness, so a read that finds the row by key touches no other array.
+    uint32_t stride = 0;
+    uint8_t *row(uint32_t slot) { return pool.data() + static_cast<size_t>(slot) * stride + 8; }
+    const uint8_t *row(uint32_t slot) const { return pool.data() + static_cast<size_t>(slot) * stride + 8; }
+    uint32_t state(uint32_t slot) const {
+        uint32_t v;
+        std::memcpy(&v, row(slot) - 8, 4);
+        return v;
+    }
+    void set_state(uint32_t slot, uint32_t v) { std::memcpy(row(slot) - 8, &v, 4); }
+    // state: generation << 1 | live
+    bool live(uint32_t slot) const { return (state(slot) & 1u) != 0; }
+    uint32_t gen(uint32_t slot) const { return state(slot) >> 1; }
+    void count(uint64_t n) const {
+        if (hooks().counting.load(std::memory_order_relaxed))
+            const_cast<std::atomic<uint64_t> &>(examined).fetch_add(n, std::memory_order_relaxed);
+    }
 };
 
 Table *tables() {
@@ -140,6 +157,7 @@ Table *tables() {
         for (unsigned i = 0; i < kTableCount; ++i) {
             all[i].d = &kTables[i];
             all[i].id = i;
+            all[i].stride = kTables[i].rowLen + 8u;
             all[i].all.birth = 1;
         }
         return all;
@@ -196,6 +214,10 @@ uint32_t find_bucket(const Table &t, unsigned ix, const uint8_t *key) {
 void list_remove(Table &t, WalkList &l, uint32_t pos, unsigned k) {
     l.e[pos].slot = kDead;
     --l.live;
+    // Oldest-first removal is the common case: keep walks from stepping
+    // over the dead prefix.
+    if (pos == l.head)
+        while (l.head < l.e.size() && l.e[l.head].slot == kDead) ++l.head;
     const size_t n = l.e.size();
     if (n >= 32 && (n - l.live) * 2 > n) {
         size_t w = 0;
@@ -206,6 +228,7 @@ void list_remove(Table &t, WalkList &l, uint32_t pos, unsigned k) {
             ++w;
         }
         l.e.resize(w);
+        l.head = 0;
         l.epoch = ++t.epochs;
     }
 }
@@ -248,6 +271,7 @@ void drop_bucket_if_empty(Table &t, unsigned ix, uint32_t b) {
     if (l.live != 0) return;
     index.map.erase(b);
     std::vector<Entry>().swap(l.e);
+    l.head = 0;
     l.birth = 0;
     index.freeBuckets.push_back(b);  // capacity reserved when the bucket was made
 }
@@ -268,8 +292,7 @@ void remove_row(Table &t, uint32_t slot) noexcept {
         list_remove(t, t.idx[i].buckets[b], m.pos[1 + i], 1 + i);
         drop_bucket_if_empty(t, i, b);
     }
-    m.live = false;
-    ++m.gen;
+    t.set_state(slot, (t.gen(slot) + 1) << 1);
     if (t.d->list) std::vector<uint8_t>().swap(t.lists[slot]);
     t.freeSlots.push_back(slot);
     --t.rows;
@@ -284,7 +307,7 @@ void put_row(Table &t, uint32_t slot, const uint8_t *image, const std::vector<ui
     if (fresh && t.freeSlots.empty()) {
         const size_t n = t.meta.size();
         t.freeSlots.reserve(n + 1 > t.freeSlots.capacity() ? std::max<size_t>(16, (n + 1) * 2) : t.freeSlots.capacity());
-        t.pool.resize((n + 1) * d.rowLen);
+        t.pool.resize((n + 1) * t.stride);
         t.meta.emplace_back();
         if (d.list) t.lists.emplace_back();
         t.freeSlots.push_back(static_cast<uint32_t>(n));
@@ -331,7 +354,7 @@ void put_row(Table &t, uint32_t slot, const uint8_t *image, const std::vector<ui
         extract_key(image, d.primary, key);
         t.primary.insert(target, hash_bytes(key, d.primary.length));
         list_append(t, t.all, target, 0);
-        m.live = true;
+        t.set_state(target, t.state(target) | 1u);
         ++t.rows;
     }
 }
@@ -418,6 +441,11 @@ public:
         free_.push_back(slot);
     }
 
+    uint64_t live() {
+        std::lock_guard<std::mutex> lock(mu_);
+        return used_ - free_.size();
+    }
+
     Object *find(DB_HANDLE h, Kind kind) const {
         if (h == 0 || h > 0xFFFFFFFFu) return nullptr;
         const uint32_t v = static_cast<uint32_t>(h);
@@ -442,6 +470,54 @@ private:
 Registry &registry() {
     static Registry r;
     return r;
+}
+
+// Released objects wait in a small per-thread cache, so that a call's object
+// costs neither an allocation nor the vectors' regrowth: one object of each
+// mode in turn is the common pattern.
+struct ObjectCache {
+    std::vector<Object *> objects;
+    ~ObjectCache() {
+        for (Object *o : objects) delete o;
+    }
+};
+thread_local ObjectCache t_objects;
+constexpr size_t kCachedObjects = 8;
+
+Object *take_object() {
+    std::vector<Object *> &c = t_objects.objects;
+    if (c.empty()) return new Object{};
+    Object *o = c.back();
+    c.pop_back();
+    return o;
+}
+
+void give_object(Object *o) noexcept {
+    std::vector<Object *> &c = t_objects.objects;
+    if (c.capacity() == 0) {
+        try {
+            c.reserve(kCachedObjects);
+        } catch (...) {  // no cache then: the object is freed
+        }
+    }
+    if (c.size() >= kCachedObjects || c.size() == c.capacity()) {
+        delete o;
+        return;
+    }
+    // Back to the state of a new object; the vectors keep their capacity.
+    o->pend.clear();
+    o->mask.clear();
+    o->pendList.clear();
+    o->entry.clear();
+    o->snapRow.clear();
+    o->snapList.clear();
+    o->childOpen = false;
+    o->childCur = -1;
+    o->holds = false;
+    o->snapValid = false;
+    o->iterOpen = false;
+    o->walk = Walk{};
+    c.push_back(o);
 }
 
 DB_HANDLE handle_of(const Object &o, Kind kind) {
@@ -482,7 +558,7 @@ uint32_t check_key(const TableDesc &d, const uint32_t *desc, int &which) {
 void hold(Object &o, const Table &t, uint32_t slot) {
     o.holds = true;
     o.curSlot = slot;
-    o.curGen = t.meta[slot].gen;
+    o.curGen = t.gen(slot);
     o.snapValid = false;
     o.childCur = -1;
 }
@@ -493,8 +569,7 @@ uint32_t ensure_snapshot(Object &o) {
     if (o.snapValid) return 0;
     const Table &t = tables()[o.table];
     std::shared_lock<std::shared_mutex> lock(t.mu);
-    const RowMeta &m = t.meta[o.curSlot];
-    if (!m.live || m.gen != o.curGen) return DB_RET_NO_RECORD;
+    if (!t.live(o.curSlot) || t.gen(o.curSlot) != o.curGen) return DB_RET_NO_RECORD;
     o.snapRow.assign(t.row(o.curSlot), t.row(o.curSlot) + t.d->rowLen);
     if (t.d->list) o.snapList = t.lists[o.curSlot];
     o.snapValid = true;
@@ -505,12 +580,13 @@ uint32_t ensure_snapshot(Object &o) {
 uint32_t first_in_bucket(const Table &t, unsigned ix, const uint8_t *key) {
     const uint32_t b = find_bucket(t, ix, key);
     if (b == FlatIndex::kEmpty) return kDead;
+    const WalkList &l = t.idx[ix].buckets[b];
     uint64_t seen = 0;
-    for (const Entry &e : t.idx[ix].buckets[b].e) {
+    for (size_t i = l.head; i < l.e.size(); ++i) {
         ++seen;
-        if (e.slot != kDead) {
+        if (l.e[i].slot != kDead) {
             t.count(seen);
-            return e.slot;
+            return l.e[i].slot;
         }
     }
     t.count(seen);
@@ -537,11 +613,16 @@ uint64_t load_le(const uint8_t *p, unsigned n) {
 uint32_t step_list(Table &t, Object &o, const WalkList &l) {
     Walk &w = o.walk;
     if (w.epoch != l.epoch) {
-        const auto it = std::upper_bound(l.e.begin(), l.e.end(), w.lastSeq,
-                                         [](uint64_t s, const Entry &e) { return s < e.seq; });
-        w.pos = static_cast<uint32_t>(it - l.e.begin());
+        if (w.lastSeq == 0) {
+            w.pos = l.head;  // a new walk
+        } else {
+            const auto it = std::upper_bound(l.e.begin(), l.e.end(), w.lastSeq,
+                                             [](uint64_t s, const Entry &e) { return s < e.seq; });
+            w.pos = static_cast<uint32_t>(it - l.e.begin());
+        }
         w.epoch = l.epoch;
     }
+    if (w.pos < l.head) w.pos = l.head;
     uint64_t seen = 0;
     while (w.pos < l.e.size()) {
         const Entry &e = l.e[w.pos++];
@@ -654,7 +735,7 @@ uint32_t api_create(unsigned table, uint32_t mode, uint32_t reserved, DB_HANDLE 
         }
         alloc_point();
         const TableDesc &d = *tables()[table].d;
-        auto *o = new Object{};
+        Object *o = take_object();
         o->table = table;
         o->mode = mode;
         try {
@@ -663,10 +744,9 @@ uint32_t api_create(unsigned table, uint32_t mode, uint32_t reserved, DB_HANDLE 
             if (d.list) o->entry.assign(d.list->entrySize, 0);
             o->handle = registry().add(o);
         } catch (...) {
-            delete o;
+            give_object(o);
             throw;
         }
-        hooks().liveObjects.fetch_add(1, std::memory_order_relaxed);
         *obj = o->handle;
         return 0;
     });
@@ -678,8 +758,7 @@ uint32_t api_release(unsigned table, DB_HANDLE h) {
         const uint32_t inj = hook(DB_OP_RELEASE_OBJ, o ? o->table : kNoTable);
         if (o == nullptr || o->table != table) return inj ? inj : DB_RET_BAD_HANDLE;
         registry().remove(o->handle);
-        delete o;
-        hooks().liveObjects.fetch_sub(1, std::memory_order_relaxed);
+        give_object(o);
         return inj;
     });
 }
@@ -865,8 +944,7 @@ DB_NIMBET_API uint32_t db_read_obj_with_buf(DB_HANDLE obj, const uint32_t *keyDe
             if (c.o->mode != DB_OPEN_READ && c.o->mode != DB_OPEN_SCAN) return DB_RET_WRONG_MODE;
             if (!c.o->holds) return DB_RET_NO_ROW;
             std::shared_lock<std::shared_mutex> lock(t.mu);
-            const odb::RowMeta &m = t.meta[c.o->curSlot];
-            if (!m.live || m.gen != c.o->curGen) return DB_RET_NO_RECORD;
+            if (!t.live(c.o->curSlot) || t.gen(c.o->curSlot) != c.o->curGen) return DB_RET_NO_RECORD;
             std::memcpy(buf, t.row(c.o->curSlot), len);
             return 0;
         }
@@ -1052,6 +1130,7 @@ int table_index(const char *name) {
 
 DB_NIMBET_API uint32_t db_test_inject(DB_TEST_OP op, const char *table, const char *field, uint32_t nth,
                                       uint32_t times, uint32_t status) {
+    odb::hooks().counting.store(true, std::memory_order_relaxed);
     if (op < 0 || op >= DB_OP_NUM || nth == 0 || times == 0) return DB_RET_BAD_ARG;
     const int ti = table_index(table);
     if (ti == -2) return DB_RET_UNKNOWN;
@@ -1102,7 +1181,8 @@ DB_NIMBET_API uint64_t db_test_rows_examined(const char *table) {
 }
 
 DB_NIMBET_API uint64_t db_test_live_objects(void) {
-    return odb::hooks().liveObjects.load(std::memory_order_relaxed);
+    odb::hooks().counting.store(true, std::memory_order_relaxed);
+    return odb::registry().live();
 }
 
 DB_NIMBET_API void db_test_fail_nth_alloc(uint32_t nth) {
@@ -1111,6 +1191,7 @@ DB_NIMBET_API void db_test_fail_nth_alloc(uint32_t nth) {
 
 DB_NIMBET_API void db_test_reset_counts(void) {
     odb::Hooks &h = odb::hooks();
+    h.counting.store(true, std::memory_order_relaxed);
     for (auto &row : h.calls)
         for (auto &c : row) c.store(0, std::memory_order_relaxed);
     for (unsigned i = 0; i < odb::kTableCount; ++i) odb::tables()[i].examined.store(0, std::memory_order_relaxed);
@@ -1123,7 +1204,7 @@ DB_NIMBET_API void db_test_reset(void) {
         odb::Table &t = odb::tables()[i];
         std::unique_lock<std::shared_mutex> lock(t.mu);
         for (uint32_t s = 0; s < t.meta.size(); ++s)
-            if (t.meta[s].live) odb::remove_row(t, s);
+            if (t.live(s)) odb::remove_row(t, s);
     }
     db_test_reset_counts();
 }

@@ -1,7 +1,9 @@
 /*
  * db_nimbet_test.h - test hooks of the object database: fault injection,
  * call counts, rows examined, live objects, allocation failure, reset.
- * Not for production hosts; the hooks are cheap when unused.
+ * Not for production hosts; the hooks are cheap when unused: calls and rows
+ * examined are counted from the first call of db_test_reset,
+ * db_test_reset_counts, db_test_inject or db_test_live_objects on.
  */
 #ifndef DB_NIMBET_TEST_H
 #define DB_NIMBET_TEST_H
