@@ -211,3 +211,17 @@ private:
 };
 
 }  // namespace nimbet::ifaddr
+
+// The exported entries of an address table: thin named calls into AddrTable.
+#define NIMBET_ADDR_ENTRIES(T, Entry, GetItem, SetItem, ReadEntry, WriteEntry, RemoveEntry, CountList, GetIFCount,  \
+                            CreateIterator, GetNext, ReleaseIterator)                                               \
+    NIMBET_DB_API uint32_t GetItem(DB_HANDLE dbHandle, Entry *entry) { return T::fill(dbHandle, entry); }           \
+    NIMBET_DB_API uint32_t SetItem(DB_HANDLE dbHandle, const Entry *entry) { return T::store(dbHandle, entry); }    \
+    NIMBET_DB_API uint32_t ReadEntry(Entry *entry) { return T::read(entry); }                                        \
+    NIMBET_DB_API uint32_t WriteEntry(const Entry *entry) { return T::write(entry); }                                \
+    NIMBET_DB_API uint32_t RemoveEntry(const uint32_t *ifIndex) { return T::remove(ifIndex); }                       \
+    NIMBET_DB_API uint32_t CountList(DB_HANDLE dbHandle, uint32_t *count) { return T::count_list(dbHandle, count); } \
+    NIMBET_DB_API uint32_t GetIFCount(uint32_t ifIndex, uint32_t *count) { return T::count(ifIndex, count); }        \
+    NIMBET_DB_API NIMBET_DB_ITER_INFO *CreateIterator(void) { return nimbet::walk_create(T::walk); }                 \
+    NIMBET_DB_API uint32_t GetNext(NIMBET_DB_ITER_INFO *iter, Entry *entry) { return T::next(iter, entry); }         \
+    NIMBET_DB_API void ReleaseIterator(NIMBET_DB_ITER_INFO *iter) { nimbet::walk_release(T::walk, iter); }

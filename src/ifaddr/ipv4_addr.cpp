@@ -50,29 +50,16 @@ using Table = nimbet::ifaddr::AddrTable<nimbet::ifaddr::Ipv4>;
 
 extern "C" {
 
-NIMBET_DB_API uint32_t NIMBET_DB_GetIpv4AddrItem(DB_HANDLE dbHandle, NIMBET_DB_IPV4_ADDR_ENTRY *entry) {
-    return Table::fill(dbHandle, entry);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_SetIpv4AddrItem(DB_HANDLE dbHandle, const NIMBET_DB_IPV4_ADDR_ENTRY *entry) {
-    return Table::store(dbHandle, entry);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_ReadIpv4Entry(NIMBET_DB_IPV4_ADDR_ENTRY *entry) { return Table::read(entry); }
-NIMBET_DB_API uint32_t NIMBET_DB_WriteIpv4Entry(const NIMBET_DB_IPV4_ADDR_ENTRY *entry) { return Table::write(entry); }
-NIMBET_DB_API uint32_t NIMBET_DB_RemoveIpv4Entry(const uint32_t *ifIndex) { return Table::remove(ifIndex); }
-
-NIMBET_DB_API uint32_t NIMBET_DB_CountIpv4AddrListItem(DB_HANDLE dbHandle, uint32_t *count) {
-    return Table::count_list(dbHandle, count);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_GetIFIpv4AddrCount(uint32_t ifIndex, uint32_t *count) {
-    return Table::count(ifIndex, count);
-}
-
-NIMBET_DB_API NIMBET_DB_ITER_INFO *NIMBET_DB_CreateIpv4AddrIterator(void) { return nimbet::walk_create(Table::walk); }
-NIMBET_DB_API uint32_t NIMBET_DB_GetNextIpv4Addr(NIMBET_DB_ITER_INFO *iter, NIMBET_DB_IPV4_ADDR_ENTRY *entry) {
-    return Table::next(iter, entry);
-}
-NIMBET_DB_API void NIMBET_DB_ReleaseIpv4AddrIterator(NIMBET_DB_ITER_INFO *iter) {
-    nimbet::walk_release(Table::walk, iter);
-}
+NIMBET_ADDR_ENTRIES(Table, NIMBET_DB_IPV4_ADDR_ENTRY,
+    NIMBET_DB_GetIpv4AddrItem,
+    NIMBET_DB_SetIpv4AddrItem,
+    NIMBET_DB_ReadIpv4Entry,
+    NIMBET_DB_WriteIpv4Entry,
+    NIMBET_DB_RemoveIpv4Entry,
+    NIMBET_DB_CountIpv4AddrListItem,
+    NIMBET_DB_GetIFIpv4AddrCount,
+    NIMBET_DB_CreateIpv4AddrIterator,
+    NIMBET_DB_GetNextIpv4Addr,
+    NIMBET_DB_ReleaseIpv4AddrIterator)
 
 }  // extern "C"

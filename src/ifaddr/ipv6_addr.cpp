@@ -57,22 +57,17 @@ using Table = nimbet::ifaddr::AddrTable<nimbet::ifaddr::Ipv6>;
 
 extern "C" {
 
-NIMBET_DB_API uint32_t NIMBET_DB_GetIpv6AddrItem(DB_HANDLE dbHandle, NIMBET_DB_IPV6_ADDR_ENTRY *entry) {
-    return Table::fill(dbHandle, entry);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_SetIpv6AddrItem(DB_HANDLE dbHandle, const NIMBET_DB_IPV6_ADDR_ENTRY *entry) {
-    return Table::store(dbHandle, entry);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_ReadIpv6Entry(NIMBET_DB_IPV6_ADDR_ENTRY *entry) { return Table::read(entry); }
-NIMBET_DB_API uint32_t NIMBET_DB_WriteIpv6Entry(const NIMBET_DB_IPV6_ADDR_ENTRY *entry) { return Table::write(entry); }
-NIMBET_DB_API uint32_t NIMBET_DB_RemoveIpv6Entry(const uint32_t *ifIndex) { return Table::remove(ifIndex); }
-
-NIMBET_DB_API uint32_t NIMBET_DB_CountIpv6AddrListItem(DB_HANDLE dbHandle, uint32_t *count) {
-    return Table::count_list(dbHandle, count);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_GetIFIpv6AddrCount(uint32_t ifIndex, uint32_t *count) {
-    return Table::count(ifIndex, count);
-}
+NIMBET_ADDR_ENTRIES(Table, NIMBET_DB_IPV6_ADDR_ENTRY,
+    NIMBET_DB_GetIpv6AddrItem,
+    NIMBET_DB_SetIpv6AddrItem,
+    NIMBET_DB_ReadIpv6Entry,
+    NIMBET_DB_WriteIpv6Entry,
+    NIMBET_DB_RemoveIpv6Entry,
+    NIMBET_DB_CountIpv6AddrListItem,
+    NIMBET_DB_GetIFIpv6AddrCount,
+    NIMBET_DB_CreateIpv6AddrIterator,
+    NIMBET_DB_GetNextIpv6Addr,
+    NIMBET_DB_ReleaseIpv6AddrIterator)
 
 // Rows of ifm_ipv6_address; there is no IPv4 counterpart. Silent on every path.
 NIMBET_DB_API uint32_t NIMBET_DB_GetIpV6IfCount(uint32_t *count) {
@@ -85,14 +80,6 @@ NIMBET_DB_API uint32_t NIMBET_DB_GetIpV6IfCount(uint32_t *count) {
     if (s == 0) *count = static_cast<uint32_t>(rows);
     db_release_ifm_ipv6_address_object(h);
     return s;
-}
-
-NIMBET_DB_API NIMBET_DB_ITER_INFO *NIMBET_DB_CreateIpv6AddrIterator(void) { return nimbet::walk_create(Table::walk); }
-NIMBET_DB_API uint32_t NIMBET_DB_GetNextIpv6Addr(NIMBET_DB_ITER_INFO *iter, NIMBET_DB_IPV6_ADDR_ENTRY *entry) {
-    return Table::next(iter, entry);
-}
-NIMBET_DB_API void NIMBET_DB_ReleaseIpv6AddrIterator(NIMBET_DB_ITER_INFO *iter) {
-    nimbet::walk_release(Table::walk, iter);
 }
 
 }  // extern "C"

@@ -67,29 +67,15 @@ using nimbet::ipoption::Table;
 
 extern "C" {
 
-NIMBET_DB_API void NIMBET_DB_OptSetGlobalEntryKey(NIMBET_DB_GLOBAL_IPOPTION_KEY *dst,
-                                                  const NIMBET_DB_GLOBAL_IPOPTION_KEY *src) {
-    if (dst != nullptr && src != nullptr) *dst = *src;
-}
-NIMBET_DB_API void NIMBET_DB_OptSetGlobal(const NIMBET_DB_GLOBAL_IPOPTION_ENTRY *entry, uint8_t *rowImage) {
-    if (entry != nullptr && rowImage != nullptr) nimbet::ipoption::set_image(entry, rowImage);
-}
-NIMBET_DB_API void NIMBET_DB_OptGetGlobal(const uint8_t *rowImage, NIMBET_DB_GLOBAL_IPOPTION_ENTRY *entry) {
-    if (entry != nullptr && rowImage != nullptr) nimbet::ipoption::get_image(rowImage, entry);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_OptWriteGlobalEntry(const NIMBET_DB_GLOBAL_IPOPTION_ENTRY *entry) {
-    return Table::write(entry);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_OptReadGlobalEntry(NIMBET_DB_GLOBAL_IPOPTION_ENTRY *entry) { return Table::read(entry); }
-NIMBET_DB_API uint32_t NIMBET_DB_OptDeleteGlobalEntry(const NIMBET_DB_GLOBAL_IPOPTION_KEY *key) {
-    return Table::remove(key);
-}
-NIMBET_DB_API NIMBET_DB_ITER_INFO *NIMBET_DB_CreateOptGlobalIterator(void) { return nimbet::walk_create(Table::walk); }
-NIMBET_DB_API uint32_t NIMBET_DB_OptGetNextGlobal(NIMBET_DB_ITER_INFO *iter, NIMBET_DB_GLOBAL_IPOPTION_ENTRY *entry) {
-    return Table::next(iter, entry);
-}
-NIMBET_DB_API void NIMBET_DB_ReleaseOptGlobalIterator(NIMBET_DB_ITER_INFO *iter) {
-    nimbet::walk_release(Table::walk, iter);
-}
+NIMBET_OPT_ENTRIES(Table, NIMBET_DB_GLOBAL_IPOPTION_ENTRY, NIMBET_DB_GLOBAL_IPOPTION_KEY,
+    NIMBET_DB_OptSetGlobalEntryKey,
+    NIMBET_DB_OptSetGlobal,
+    NIMBET_DB_OptGetGlobal,
+    NIMBET_DB_OptWriteGlobalEntry,
+    NIMBET_DB_OptReadGlobalEntry,
+    NIMBET_DB_OptDeleteGlobalEntry,
+    NIMBET_DB_CreateOptGlobalIterator,
+    NIMBET_DB_OptGetNextGlobal,
+    NIMBET_DB_ReleaseOptGlobalIterator)
 
 }  // extern "C"

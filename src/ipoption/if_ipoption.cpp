@@ -70,22 +70,15 @@ using nimbet::ipoption::Table;
 
 extern "C" {
 
-NIMBET_DB_API void NIMBET_DB_OptSetIfEntryKey(NIMBET_DB_IF_IPOPTION_KEY *dst, const NIMBET_DB_IF_IPOPTION_KEY *src) {
-    if (dst != nullptr && src != nullptr) *dst = *src;
-}
-NIMBET_DB_API void NIMBET_DB_OptSetIf(const NIMBET_DB_IF_IPOPTION_ENTRY *entry, uint8_t *rowImage) {
-    if (entry != nullptr && rowImage != nullptr) nimbet::ipoption::set_image(entry, rowImage);
-}
-NIMBET_DB_API void NIMBET_DB_OptGetIf(const uint8_t *rowImage, NIMBET_DB_IF_IPOPTION_ENTRY *entry) {
-    if (entry != nullptr && rowImage != nullptr) nimbet::ipoption::get_image(rowImage, entry);
-}
-NIMBET_DB_API uint32_t NIMBET_DB_OptWriteIfEntry(const NIMBET_DB_IF_IPOPTION_ENTRY *entry) { return Table::write(entry); }
-NIMBET_DB_API uint32_t NIMBET_DB_OptReadIfEntry(NIMBET_DB_IF_IPOPTION_ENTRY *entry) { return Table::read(entry); }
-NIMBET_DB_API uint32_t NIMBET_DB_OptDeleteIfEntry(const NIMBET_DB_IF_IPOPTION_KEY *key) { return Table::remove(key); }
-NIMBET_DB_API NIMBET_DB_ITER_INFO *NIMBET_DB_CreateOptIfIterator(void) { return nimbet::walk_create(Table::walk); }
-NIMBET_DB_API uint32_t NIMBET_DB_OptGetNextIf(NIMBET_DB_ITER_INFO *iter, NIMBET_DB_IF_IPOPTION_ENTRY *entry) {
-    return Table::next(iter, entry);
-}
-NIMBET_DB_API void NIMBET_DB_ReleaseOptIfIterator(NIMBET_DB_ITER_INFO *iter) { nimbet::walk_release(Table::walk, iter); }
+NIMBET_OPT_ENTRIES(Table, NIMBET_DB_IF_IPOPTION_ENTRY, NIMBET_DB_IF_IPOPTION_KEY,
+    NIMBET_DB_OptSetIfEntryKey,
+    NIMBET_DB_OptSetIf,
+    NIMBET_DB_OptGetIf,
+    NIMBET_DB_OptWriteIfEntry,
+    NIMBET_DB_OptReadIfEntry,
+    NIMBET_DB_OptDeleteIfEntry,
+    NIMBET_DB_CreateOptIfIterator,
+    NIMBET_DB_OptGetNextIf,
+    NIMBET_DB_ReleaseOptIfIterator)
 
 }  // extern "C"

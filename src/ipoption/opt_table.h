@@ -61,6 +61,23 @@ struct OptTable : ImageTable<T> {
     static uint32_t next(NIMBET_DB_ITER_INFO *it, Entry *rec) {
         return walk_next_image<T::rowLen>(walk, it, rec, T::get);
     }
+
+    static void copy_key(typename T::Key *dst, const typename T::Key *src) {
+        if (dst != nullptr && src != nullptr) *dst = *src;
+    }
 };
 
 }  // namespace nimbet::ipoption
+
+// The exported entries of an IP option table: thin named calls into OptTable.
+#define NIMBET_OPT_ENTRIES(T, Entry, Key, SetEntryKey, SetImage, GetImage, WriteEntry, ReadEntry, DeleteEntry,      \
+                           CreateIterator, GetNext, ReleaseIterator)                                                \
+    NIMBET_DB_API void SetEntryKey(Key *dst, const Key *src) { T::copy_key(dst, src); }                              \
+    NIMBET_DB_API void SetImage(const Entry *entry, uint8_t *rowImage) { T::fill(entry, rowImage); }                 \
+    NIMBET_DB_API void GetImage(const uint8_t *rowImage, Entry *entry) { T::get(rowImage, entry); }                  \
+    NIMBET_DB_API uint32_t WriteEntry(const Entry *entry) { return T::write(entry); }                                \
+    NIMBET_DB_API uint32_t ReadEntry(Entry *entry) { return T::read(entry); }                                        \
+    NIMBET_DB_API uint32_t DeleteEntry(const Key *key) { return T::remove(key); }                                    \
+    NIMBET_DB_API NIMBET_DB_ITER_INFO *CreateIterator(void) { return nimbet::walk_create(T::walk); }                 \
+    NIMBET_DB_API uint32_t GetNext(NIMBET_DB_ITER_INFO *iter, Entry *entry) { return T::next(iter, entry); }         \
+    NIMBET_DB_API void ReleaseIterator(NIMBET_DB_ITER_INFO *iter) { nimbet::walk_release(T::walk, iter); }
