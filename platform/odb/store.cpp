@@ -62,8 +62,8 @@ Hooks &hooks() {
 // Counts the call and answers an injected status (0: perform the call).
 uint32_t hook(DB_TEST_OP op, unsigned table, int field = -1) {
     Hooks &h = hooks();
-    if (!h.counting.load(std::memory_order_relaxed)) return 0;
-    h.calls[op][table < kMaxTables ? table : kNoTable].fetch_add(1, std::memory_order_relaxed);
+    if (h.counting.load(std::memory_order_relaxed))
+        h.calls[op][table < kMaxTables ? table : kNoTable].fetch_add(1, std::memory_order_relaxed);
     if (!h.any.load(std::memory_order_acquire)) return 0;
     std::lock_guard<std::mutex> lock(h.mu);
     for (Rule &r : h.rules) {
@@ -481,7 +481,9 @@ struct ObjectCache {
         for (Object *o : objects) delete o;
     }
 };
-thread_local ObjectCache t_objects;
+// Initial-exec: the library is loaded with its host, and the general
+// dynamic model would cost a call per access.
+thread_local ObjectCache t_objects __attribute__((tls_model("initial-exec")));
 constexpr size_t kCachedObjects = 8;
 
 Object *take_object() {
@@ -1187,6 +1189,10 @@ DB_NIMBET_API uint64_t db_test_live_objects(void) {
 
 DB_NIMBET_API void db_test_fail_nth_alloc(uint32_t nth) {
     odb::hooks().allocCountdown.store(nth, std::memory_order_relaxed);
+}
+
+DB_NIMBET_API void db_test_counting(int on) {
+    odb::hooks().counting.store(on != 0, std::memory_order_relaxed);
 }
 
 DB_NIMBET_API void db_test_reset_counts(void) {

@@ -69,6 +69,10 @@ DB_NIMBET_API uint64_t db_test_live_objects(void);
  * then answers DB_RET_NO_MEMORY and changes nothing. 0 disarms. */
 DB_NIMBET_API void db_test_fail_nth_alloc(uint32_t nth);
 
+/* Turn the counting of calls and rows examined on (1) or off (0); the
+ * hooks above turn it on. Injection works either way. */
+DB_NIMBET_API void db_test_counting(int on);
+
 /* Zero the call and rows-examined counts. */
 DB_NIMBET_API void db_test_reset_counts(void);
 
