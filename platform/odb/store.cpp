@@ -377,6 +377,7 @@ struct Walk {
 };
 
 struct Object {
+    uint32_t slot = 0xFFFFFFFFu;  // handle registry slot, kept while cached
     unsigned table;
     uint32_t mode;
     uint32_t handle = 0;
@@ -409,41 +410,38 @@ struct HandleEntry {
 
 class Registry {
 public:
+    static constexpr uint32_t kNoSlot = 0xFFFFFFFFu;
+
+    // A new handle for o. An object from the per-thread cache keeps the slot
+    // it had, under a new generation, and needs no lock.
     uint32_t add(Object *o) {
-        std::lock_guard<std::mutex> lock(mu_);
-        uint32_t slot;
-        if (!free_.empty() && (used_ >= 1024 || used_ == (1u << kSlotBits))) {
-            slot = free_.front();
-            free_.pop_front();
-        } else if (used_ < (1u << kSlotBits)) {
-            slot = used_;
-            if (chunks_[slot / kChunk].load(std::memory_order_relaxed) == nullptr) {
-                alloc_point();
-                chunks_[slot / kChunk].store(new HandleEntry[kChunk], std::memory_order_release);
-            }
-            ++used_;
-        } else {
-            throw std::bad_alloc();
-        }
-        HandleEntry &e = entry(slot);
+        if (o->slot == kNoSlot) o->slot = take_slot();
+        HandleEntry &e = entry(o->slot);
         const uint32_t gen = ((e.gen.load(std::memory_order_relaxed) & kGenMask) + 1) & kGenMask;
         e.obj.store(o, std::memory_order_relaxed);
         e.gen.store(gen | kLiveBit, std::memory_order_release);
-        return (static_cast<uint32_t>(Kind::Object) << 30) | (gen << kSlotBits) | slot;
+        return (static_cast<uint32_t>(Kind::Object) << 30) | (gen << kSlotBits) | o->slot;
     }
 
-    void remove(uint32_t handle) {
-        std::lock_guard<std::mutex> lock(mu_);
-        const uint32_t slot = handle & kSlotMask;
-        HandleEntry &e = entry(slot);
+    // Ends the handle of o; its slot stays with o until give_back().
+    void retire(const Object *o) {
+        HandleEntry &e = entry(o->slot);
         e.obj.store(nullptr, std::memory_order_relaxed);
         e.gen.store(e.gen.load(std::memory_order_relaxed) & kGenMask, std::memory_order_release);
+    }
+
+    void give_back(uint32_t slot) {
+        std::lock_guard<std::mutex> lock(mu_);
         free_.push_back(slot);
     }
 
+    // Objects with a live handle (a test hook: it scans the slots).
     uint64_t live() {
         std::lock_guard<std::mutex> lock(mu_);
-        return used_ - free_.size();
+        uint64_t n = 0;
+        for (uint32_t slot = 0; slot < used_; ++slot)
+            if (entry(slot).gen.load(std::memory_order_acquire) & kLiveBit) ++n;
+        return n;
     }
 
     Object *find(DB_HANDLE h, Kind kind) const {
@@ -459,6 +457,25 @@ public:
     }
 
 private:
+    // A free slot goes to the back of a queue and is taken again only once
+    // 1024 slots exist, so that its generation moves on slowly.
+    uint32_t take_slot() {
+        std::lock_guard<std::mutex> lock(mu_);
+        if (!free_.empty() && (used_ >= 1024 || used_ == (1u << kSlotBits))) {
+            const uint32_t slot = free_.front();
+            free_.pop_front();
+            return slot;
+        }
+        if (used_ == (1u << kSlotBits)) throw std::bad_alloc();
+        const uint32_t slot = used_;
+        if (chunks_[slot / kChunk].load(std::memory_order_relaxed) == nullptr) {
+            alloc_point();
+            chunks_[slot / kChunk].store(new HandleEntry[kChunk], std::memory_order_release);
+        }
+        ++used_;
+        return slot;
+    }
+
     HandleEntry &entry(uint32_t slot) { return chunks_[slot / kChunk].load(std::memory_order_acquire)[slot % kChunk]; }
 
     std::mutex mu_;
@@ -475,10 +492,12 @@ Registry &registry() {
 // Released objects wait in a small per-thread cache, so that a call's object
 // costs neither an allocation nor the vectors' regrowth: one object of each
 // mode in turn is the common pattern.
+void drop_object(Object *o) noexcept;
+
 struct ObjectCache {
     std::vector<Object *> objects;
     ~ObjectCache() {
-        for (Object *o : objects) delete o;
+        for (Object *o : objects) drop_object(o);
     }
 };
 // Initial-exec: the library is loaded with its host, and the general
@@ -503,7 +522,7 @@ void give_object(Object *o) noexcept {
         }
     }
     if (c.size() >= kCachedObjects || c.size() == c.capacity()) {
-        delete o;
+        drop_object(o);
         return;
     }
     // Back to the state of a new object; the vectors keep their capacity.
@@ -520,6 +539,16 @@ void give_object(Object *o) noexcept {
     o->iterOpen = false;
     o->walk = Walk{};
     c.push_back(o);
+}
+
+void drop_object(Object *o) noexcept {
+    if (o->slot != Registry::kNoSlot) {
+        try {
+            registry().give_back(o->slot);
+        } catch (...) {  // the slot stays unused; nothing else is lost
+        }
+    }
+    delete o;
 }
 
 DB_HANDLE handle_of(const Object &o, Kind kind) {
@@ -759,7 +788,7 @@ uint32_t api_release(unsigned table, DB_HANDLE h) {
         Object *o = object_for(h, Kind::Object);
         const uint32_t inj = hook(DB_OP_RELEASE_OBJ, o ? o->table : kNoTable);
         if (o == nullptr || o->table != table) return inj ? inj : DB_RET_BAD_HANDLE;
-        registry().remove(o->handle);
+        registry().retire(o);
         give_object(o);
         return inj;
     });
