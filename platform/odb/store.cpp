@@ -430,6 +430,8 @@ public:
         e.gen.store(e.gen.load(std::memory_order_relaxed) & kGenMask, std::memory_order_release);
     }
 
+    uint32_t generation(uint32_t slot) { return entry(slot).gen.load(std::memory_order_relaxed) & kGenMask; }
+
     void give_back(uint32_t slot) {
         std::lock_guard<std::mutex> lock(mu_);
         free_.push_back(slot);
@@ -524,6 +526,16 @@ void give_object(Object *o) noexcept {
     if (c.size() >= kCachedObjects || c.size() == c.capacity()) {
         drop_object(o);
         return;
+    }
+    // A cached object reuses its slot under a new generation; every 64th
+    // time the slot goes back to the registry's queue instead, so that one
+    // slot's generations still take millions of calls to come round.
+    if (o->slot != Registry::kNoSlot && (registry().generation(o->slot) & 63u) == 63u) {
+        try {
+            registry().give_back(o->slot);
+            o->slot = Registry::kNoSlot;
+        } catch (...) {  // keep the slot: its generation still moves on
+        }
     }
     // Back to the state of a new object; the vectors keep their capacity.
     o->pend.clear();

@@ -442,6 +442,21 @@ TEST_F(Odb, StaleHandleOfAReusedSlotIsRefused) {
     for (DB_HANDLE h : hs) EXPECT_EQ(0u, db_release_urpf_mode_object(h));
 }
 
+TEST_F(Odb, ReleasedHandleStaysRefusedThroughManyCycles) {
+    // More cycles than one slot has generations: the slot must rotate.
+    DB_HANDLE old = 0;
+    ASSERT_EQ(0u, db_create_urpf_mode_obj(DB_OPEN_COUNT, 0, &old));
+    ASSERT_EQ(0u, db_release_urpf_mode_object(old));
+    uint64_t n = 0;
+    for (int i = 0; i < 20000; ++i) {
+        DB_HANDLE h = 0;
+        ASSERT_EQ(0u, db_create_urpf_mode_obj(DB_OPEN_COUNT, 0, &h));
+        ASSERT_NE(old, h) << "cycle " << i;
+        ASSERT_EQ(DB_RET_BAD_HANDLE, db_get_table_record_count(old, &n));
+        ASSERT_EQ(0u, db_release_urpf_mode_object(h));
+    }
+}
+
 // ---------------------------------------------------------------- keyed walks
 
 struct Comp {
