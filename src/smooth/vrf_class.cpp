@@ -1,8 +1,7 @@
 // vrf_class_state (one state machine per table id and producer PID) and
 // vrf_class_data (per VRF of them), both written and read field by field
 // and counted in g_nimbetSmoothCnt.
-#include "../foundation/internal.h"
-#include "../foundation/rowbytes.h"
+#include "../foundation/image_table.h"
 #include "../foundation/walk.h"
 
 namespace nimbet::smooth {
@@ -114,8 +113,11 @@ struct State {
     X(topology_id, topologyId) X(vrf_state, vrfState) X(vrf_data_machine, vrfDataMachine)                         \
     X(vrf_state_version, vrfStateVersion) X(vrf_data_version, vrfDataVersion) X(smooth_flag, smoothFlag)
 
-struct Data {
+// The remove by key is the common one of ImageTable; its open and release
+// count in slots 4 and 5, as read and remove share them here.
+struct Data : StatusMessages<Data> {
     using Entry = NIMBET_DB_VRF_CLASS_DATA_ENTRY;
+    static constexpr uint32_t *counters = g_nimbetSmoothCnt;
     static constexpr auto create = db_create_vrf_class_data_obj;
     static constexpr auto release = db_release_vrf_class_data_object;
     static constexpr uint32_t keyLen = 16, keyDesc = kDataKeyDesc, stat = DB_STAT_VRF_CLASS_DATA;
@@ -127,6 +129,10 @@ struct Data {
         put_le32(k + 4, r.producerPid);
         put_le32(k + 8, r.vrId);
         put_le32(k + 12, r.vrfIndex);
+    }
+    static uint32_t build_key(const Entry &r, uint8_t *k) {
+        put_key(r, k);
+        return 0;
     }
     static uint32_t set(DB_HANDLE h, const Entry &r) {
         uint32_t s = 0;
@@ -141,6 +147,7 @@ struct Data {
     static constexpr const char *msgSet = "DB set vrf class data fail, ret = %d.";
     static constexpr const char *msgRead = "Get vrf class data db fail. ret = %d";
     static constexpr const char *msgWrite = "Write vrf class data db fail. ret = %d";
+    static constexpr const char *msgRemove = "Remove vrf class data db fail. ret = %d";
 };
 
 // The walk over one (table id, producer PID): its step failures count
@@ -204,23 +211,8 @@ NIMBET_DB_API uint32_t NIMBET_DB_ReadVrfClassState(NIMBET_DB_VRF_CLASS_DATA_ENTR
 }
 
 NIMBET_DB_API uint32_t NIMBET_DB_DeleteVrfClassState(const NIMBET_DB_VRF_CLASS_DATA_ENTRY *entry) {
-    if (entry == nullptr) return NIMBET_DB_ERR;
-    DB_HANDLE h = 0;
-    uint32_t s = db_create_vrf_class_data_obj(DB_OPEN_REMOVE, 0, &h);
-    if (s != 0) {
-        log_err(Data::msgOpen, s);
-        return NIMBET_DB_ERR;
-    }
-    bump(g_nimbetSmoothCnt, kDataOpen);
-    uint8_t key[16];
-    Data::put_key(*entry, key);
-    s = db_remove_obj(h, &kDataKeyDesc, key);
-    db_release_vrf_class_data_object(h);
-    bump(g_nimbetSmoothCnt, kDataRelease);
-    if (nimbet::tolerated_ok(s, DB_STAT_VRF_CLASS_DATA)) return NIMBET_DB_OK;
-    log_err("Remove vrf class data db fail. ret = %d", s);
-    NIMBET_DB_RecordErrStat(DB_STAT_VRF_CLASS_DATA, DB_ERR_REMOVE);
-    return NIMBET_DB_ERR;
+    static_assert(kDataOpen == 4 && kDataRelease == 5, "the remove counts in the common slots");
+    return nimbet::ImageTable<Data>::remove(entry);
 }
 
 NIMBET_DB_API NIMBET_DB_ITER_INFO *NIMBET_DB_CreatVrfClassStateIterator(uint32_t tableId, uint32_t producerPid) {
