@@ -8,8 +8,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "../foundation/internal.h"
-#include "../foundation/rowbytes.h"
+#include "../foundation/image_table.h"
 #include "../foundation/walk.h"
 
 namespace nimbet::ifaddr {
@@ -153,23 +152,8 @@ struct AddrTable {
         return NIMBET_DB_ERR;
     }
 
-    static uint32_t remove(const uint32_t *ifIndex) {
-        if (ifIndex == nullptr) return NIMBET_DB_ERR;
-        DB_HANDLE h = 0;
-        uint32_t s = T::create(DB_OPEN_REMOVE, 0, &h);
-        if (s != 0) {
-            log_err(T::msgOpen, s);
-            return NIMBET_DB_ERR;
-        }
-        uint8_t key[4];
-        put_le32(key, *ifIndex);
-        s = db_remove_obj(h, &kIfIndexKeyDesc, key);
-        T::release(h);
-        if (tolerated_ok(s, T::stat)) return NIMBET_DB_OK;
-        log_err("Remove l3if db fail, ret = %u.", s);
-        NIMBET_DB_RecordErrStat(T::stat, DB_ERR_REMOVE);
-        return NIMBET_DB_ERR;
-    }
+    // The remove is the common row remove, keyed by the ifIndex alone.
+    static uint32_t remove(const uint32_t *ifIndex) { return ImageTable<ByIfIndex>::remove(ifIndex); }
 
     static constexpr Walk walk = {T::create, T::release, T::stat, T::msgIterCreate, T::msgNext, nullptr,
                                   nullptr, 0, 0};
@@ -177,6 +161,21 @@ struct AddrTable {
     static uint32_t next(NIMBET_DB_ITER_INFO *it, Entry *rec) { return walk_next_fill(walk, it, rec, fill); }
 
 private:
+    struct ByIfIndex : ImageTableDefaults {
+        using Entry = typename T::Entry;
+        static constexpr auto create = T::create;
+        static constexpr auto release = T::release;
+        static constexpr uint32_t keyLen = 4, keyDesc = kIfIndexKeyDesc, stat = T::stat;
+        static uint32_t build_key(uint32_t ifIndex, uint8_t *key) {
+            put_le32(key, ifIndex);
+            return 0;
+        }
+        static void log(Path p, uint32_t s, uint32_t) {
+            if (p == Path::DeleteOpen) log_err(T::msgOpen, s);
+            if (p == Path::RemoveFail) log_err("Remove l3if db fail, ret = %u.", s);
+        }
+    };
+
     static uint32_t fail(uint32_t s) { return T::passStatus ? s : NIMBET_DB_ERR; }
 
     static uint32_t store_fail(const char *msg, uint32_t s) {
